@@ -1,0 +1,186 @@
+#include "app/headless_runner.h"
+
+#include <chrono>
+#include <fstream>
+#include <iostream>
+#include <thread>
+
+#include "app/scenario.h"
+#include "app/suite.h"
+#include "core/errors.h"
+#include "core/settings_store.h"
+#include "platform/instance_guard.h"
+#include "platform/settings_folder.h"
+
+namespace mv {
+namespace {
+
+class DirectiveRunner {
+public:
+    DirectiveRunner(Suite& suite) : m_suite(suite) {}
+
+    void apply(const Directive& d) {
+        SimulatedHost& host = m_suite.host();
+        const auto on = [&] { return d.args[0] == "on"; };
+        if (d.verb == "carrier") host.setCarrier(on());
+        else if (d.verb == "rx") host.setReceiving(on());
+        else if (d.verb == "busy") host.setBusy(on());
+        else if (d.verb == "dtmf") host.receiveDTMF(d.args[0]);
+        else if (d.verb == "connect") host.stationConnects(d.args[0], d.args[1], d.args[2]);
+        else if (d.verb == "disconnect") host.stationDisconnects(d.args[0]);
+        else if (d.verb == "chat") host.receiveChat(d.args[0]);
+        else if (d.verb == "host-closing") host.closing();
+        else if (d.verb == "answer") m_suite.scriptedDialogs().queueAnswer(d.args[0]);
+        else {
+            // Operator actions queue like a click would, behind what is already due.
+            const Directive copy = d;
+            m_suite.scheduler().post([this, copy] { operate(copy); });
+        }
+    }
+
+private:
+    void fail(const Directive& d, const std::string& message) {
+        m_suite.log().error(d.args.empty() ? "" : d.args[0], "line " + std::to_string(d.line) + ": " + message);
+    }
+
+    void setHost(const Directive& d) {
+        SimulatedHost& host = m_suite.host();
+        const std::string& key = d.args[1];
+        const std::string& value = d.args[2];
+        long long n = 0;
+        if (key == "callsign") host.callsign = value;
+        else if ((key == "cwwpm" || key == "cwspeed") && setting::parseWhole(value, n) && n >= 5 && n <= 60) host.cwWpm = static_cast<int>(n);
+        else if (key == "cwpitch" && setting::parseWhole(value, n) && n >= 200 && n <= 3000) host.cwPitchHz = static_cast<double>(n);
+        else fail(d, "host has no setting \"" + key + "\" taking \"" + value + "\"");
+    }
+
+    void operate(const Directive& d) {
+        Program& program = m_suite.program();
+        if (d.verb == "set" && d.args[0] == "host") return setHost(d);
+        Window* w = program.window(d.args[0]);
+        if (!w) return fail(d, "this build has no window \"" + d.args[0] + "\"");
+        if (d.verb == "show") return w->show();
+        if (d.verb == "hide") return w->hide();
+        if (d.verb == "close") {
+            w->closeBox();
+            return;
+        }
+        if (!w->isLoaded()) return fail(d, "window \"" + d.args[0] + "\" is not loaded");
+        Control* c = d.byCaption ? w->findByCaption(d.args[1]) : w->control(d.args[1]);
+        if (!c) return fail(d, "window \"" + d.args[0] + "\" has no control " + (d.byCaption ? "captioned \"" : "\"") + d.args[1] + "\"");
+        if (d.verb == "click") return click(d, *c);
+        set(d, *c, d.args[2]);
+    }
+
+    void click(const Directive& d, Control& c) {
+        if (!c.enabled()) return fail(d, "\"" + d.args[1] + "\" is disabled; the click did nothing");
+        if (auto* b = dynamic_cast<Button*>(&c)) b->click();
+        else if (auto* cb = dynamic_cast<CheckBox*>(&c)) cb->click();
+        else if (auto* ob = dynamic_cast<OptionButton*>(&c)) ob->click();
+        else fail(d, "\"" + d.args[1] + "\" cannot be clicked");
+    }
+
+    void set(const Directive& d, Control& c, const std::string& value) {
+        if (!c.enabled()) return fail(d, "\"" + d.args[1] + "\" is disabled; nothing was set");
+        long long n = 0;
+        bool b = false;
+        if (auto* t = dynamic_cast<TextBox*>(&c)) {
+            if (!t->typeText(value)) fail(d, "\"" + d.args[1] + "\" refused some of the typed characters");
+        } else if (auto* cb = dynamic_cast<CheckBox*>(&c)) {
+            int v = 0;
+            if (!setting::parseCheck(value, v)) return fail(d, "a check box takes 0, 1 or 2");
+            cb->setValue(v);
+        } else if (auto* ob = dynamic_cast<OptionButton*>(&c)) {
+            if (!setting::parseOption(value, b)) return fail(d, "an option button takes True or False");
+            ob->setValue(b);
+        } else if (auto* s = dynamic_cast<Slider*>(&c)) {
+            if (!setting::parseWhole(value, n)) return fail(d, "a slider takes a whole number");
+            s->setValue(static_cast<int>(n));
+        } else if (auto* combo = dynamic_cast<ComboBox*>(&c)) {
+            combo->setText(value);
+        } else {
+            fail(d, "\"" + d.args[1] + "\" cannot be set");
+        }
+    }
+
+    Suite& m_suite;
+};
+
+}  // namespace
+
+int runHeadless(const HeadlessOptions& options) {
+    Scenario scenario;
+    try {
+        scenario = loadScenario(options.scenarioPath);
+    } catch (const ScenarioError& e) {
+        std::cerr << e.what() << '\n';
+        return 2;
+    }
+
+    std::ofstream logFile;
+    std::ostream* logStream = &std::cout;
+    if (!options.logPath.empty()) {
+        logFile.open(options.logPath, std::ios::binary | std::ios::trunc);
+        if (!logFile) {
+            std::cerr << "marrowvane: cannot write the log file " << options.logPath << '\n';
+            return 1;
+        }
+        logStream = &logFile;
+    }
+
+    SuiteOptions so;
+    so.settingsDir = options.settingsDir.empty() ? defaultSettingsFolder() : std::filesystem::path(options.settingsDir);
+    if (!options.realtime) so.virtualStart = scenario.start;
+    so.logStream = logStream;
+    so.defaultVoiceFolder = installedVoiceFolder();
+
+    FileInstanceGuard guard(so.settingsDir / "marrowvane.lock");
+    Suite suite(so);
+    Scheduler& scheduler = suite.scheduler();
+    Program& program = suite.program();
+    std::string message;
+    const Program::StartResult started = program.start("hub", &guard, message);
+    if (started == Program::StartResult::AlreadyRunning) {
+        std::cerr << "marrowvane: " << message << '\n';
+        return 1;
+    }
+    if (!message.empty() && started == Program::StartResult::Started) suite.log().error("", message);
+
+    DirectiveRunner runner(suite);
+    const int64_t origin = scheduler.now();
+    auto runTo = [&](int64_t atMs) {
+        if (!options.realtime) {
+            scheduler.runUntil(origin + atMs);
+            return;
+        }
+        for (;;) {
+            const int64_t next = scheduler.runDue();
+            if (program.ended()) return;
+            const int64_t now = scheduler.now();
+            if (now >= origin + atMs) return;
+            int64_t wake = origin + atMs;
+            if (next >= 0 && next < wake) wake = next;
+            if (wake > now) std::this_thread::sleep_for(std::chrono::milliseconds(wake - now));
+        }
+    };
+
+    for (const Directive& d : scenario.directives) {
+        if (program.ended()) break;
+        runTo(d.atMs);
+        if (program.ended()) break;
+        try {
+            runner.apply(d);
+        } catch (const ProgramEnded&) {
+            break;
+        } catch (const std::exception& e) {
+            suite.log().error("", "line " + std::to_string(d.line) + ": " + e.what());
+        }
+    }
+    if (!program.ended()) {
+        runTo(scenario.endMs);
+        if (!program.ended()) suite.log().end("scenario");
+    }
+    return 0;
+}
+
+}  // namespace mv

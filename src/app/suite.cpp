@@ -1,0 +1,38 @@
+#include "app/suite.h"
+
+#include "core/hub_window.h"
+
+namespace mv {
+
+Suite::Suite(const SuiteOptions& options) {
+    if (options.virtualStart) {
+        auto clock = std::make_unique<VirtualClock>(*options.virtualStart);
+        m_virtualClock = clock.get();
+        m_clock = std::move(clock);
+    } else {
+        m_clock = std::make_unique<RealClock>();
+    }
+    m_scheduler = std::make_unique<Scheduler>(*m_clock);
+    m_log.setTimeSource([this] { return m_clock->localTimeAt(m_clock->monotonicMs()); });
+    m_log.setStream(options.logStream);
+    m_scheduler->setErrorSink([this](const std::string& message) { m_log.error("", message); });
+    m_host = std::make_unique<SimulatedHost>(*m_scheduler, m_log);
+    m_settings = std::make_unique<SettingsStore>(options.settingsDir);
+    m_scripted = std::make_unique<ScriptedDialogs>(m_log);
+    m_dialogs = std::make_unique<DialogsProxy>(*m_scripted);
+    m_program = std::make_unique<Program>(Services{*m_scheduler, *m_host, *m_settings, *m_dialogs, m_log, nullptr});
+    if (!options.defaultVoiceFolder.empty()) m_program->setDefaultVoiceFolder(options.defaultVoiceFolder);
+    addModuleWindows(*m_program);
+}
+
+Suite::~Suite() {
+    // Windows (and their host objects and timers) go first.
+    m_program.reset();
+    m_host.reset();
+}
+
+void addModuleWindows(Program& program) { program.addWindow(std::make_unique<HubWindow>(program)); }
+
+std::string installedVoiceFolder() { return MV_INSTALLED_VOICE_DIR "/"; }
+
+}  // namespace mv

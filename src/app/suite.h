@@ -1,0 +1,76 @@
+#pragma once
+// Assembles one running suite: clock, scheduler, event log, the simulated
+// host, the settings store, dialogs, the program and its module windows. The
+// GUI and the headless runner each build one; tests build them too.
+#include <filesystem>
+#include <memory>
+#include <optional>
+#include <ostream>
+
+#include "core/clock.h"
+#include "core/dialogs.h"
+#include "core/event_log.h"
+#include "core/program.h"
+#include "core/scheduler.h"
+#include "core/settings_store.h"
+#include "platform/simulated_host.h"
+
+namespace mv {
+
+// Passes dialogs to whichever implementation is in force (scripted answers
+// until the GUI installs real dialogs).
+class DialogsProxy final : public Dialogs {
+public:
+    explicit DialogsProxy(Dialogs& initial) : m_target(&initial) {}
+    void setTarget(Dialogs& target) { m_target = &target; }
+    DialogAnswer message(const MessageRequest& r) override { return m_target->message(r); }
+    std::optional<std::string> openFile(const FileRequest& r) override { return m_target->openFile(r); }
+    std::optional<std::string> saveFile(const FileRequest& r) override { return m_target->saveFile(r); }
+
+private:
+    Dialogs* m_target;
+};
+
+struct SuiteOptions {
+    std::filesystem::path settingsDir;
+    // Virtual time starting at this local date-time; real time when empty.
+    std::optional<LocalDateTime> virtualStart;
+    std::ostream* logStream = nullptr;
+    // Folder of the voice installed with the program.
+    std::string defaultVoiceFolder;
+};
+
+class Suite {
+public:
+    explicit Suite(const SuiteOptions& options);
+    ~Suite();
+
+    Clock& clock() { return *m_clock; }
+    Scheduler& scheduler() { return *m_scheduler; }
+    EventLog& log() { return m_log; }
+    SimulatedHost& host() { return *m_host; }
+    SettingsStore& settings() { return *m_settings; }
+    ScriptedDialogs& scriptedDialogs() { return *m_scripted; }
+    DialogsProxy& dialogs() { return *m_dialogs; }
+    Program& program() { return *m_program; }
+    VirtualClock* virtualClock() { return m_virtualClock; }
+
+private:
+    std::unique_ptr<Clock> m_clock;
+    VirtualClock* m_virtualClock = nullptr;
+    std::unique_ptr<Scheduler> m_scheduler;
+    EventLog m_log;
+    std::unique_ptr<SimulatedHost> m_host;
+    std::unique_ptr<SettingsStore> m_settings;
+    std::unique_ptr<ScriptedDialogs> m_scripted;
+    std::unique_ptr<DialogsProxy> m_dialogs;
+    std::unique_ptr<Program> m_program;
+};
+
+// Adds every module window this build has, unloaded, to the program.
+void addModuleWindows(Program& program);
+
+// The voice folder installed with the program (ends with '/').
+std::string installedVoiceFolder();
+
+}  // namespace mv

@@ -1,0 +1,198 @@
+#include "core/controls.h"
+
+#include <algorithm>
+#include <cctype>
+
+namespace mv {
+
+void Control::setCaption(const std::string& caption) {
+    if (caption == m_caption) return;
+    m_caption = caption;
+    notifyView();
+}
+
+void Control::setEnabled(bool enabled) {
+    if (enabled == m_enabled) return;
+    m_enabled = enabled;
+    notifyView();
+}
+
+void Control::setVisible(bool visible) {
+    if (visible == m_visible) return;
+    m_visible = visible;
+    notifyView();
+}
+
+TextBox::TextBox(std::string name, std::string text) : Control(ControlKind::TextBox, std::move(name)), m_text(std::move(text)) {}
+
+void TextBox::setText(const std::string& text) {
+    std::string value = text;
+    if (m_maxLength > 0 && static_cast<int>(value.size()) > m_maxLength) value.resize(static_cast<size_t>(m_maxLength));
+    if (value == m_text) return;
+    m_text = std::move(value);
+    notifyView();
+    if (onChange) onChange();
+}
+
+bool TextBox::typeText(const std::string& typed) {
+    if (m_readOnly || !enabled()) return false;
+    std::string accepted;
+    bool allAccepted = true;
+    for (char c : typed) {
+        const auto u = static_cast<unsigned char>(c);
+        if (m_digitsOnly && !std::isdigit(u)) {
+            allAccepted = false;
+            continue;
+        }
+        accepted += m_upperCase ? static_cast<char>(std::toupper(u)) : c;
+    }
+    if (m_maxLength > 0 && static_cast<int>(accepted.size()) > m_maxLength) {
+        accepted.resize(static_cast<size_t>(m_maxLength));
+        allAccepted = false;
+    }
+    setText(accepted);
+    return allAccepted;
+}
+
+void TextBox::setDigitsOnly(bool on) {
+    if (on == m_digitsOnly) return;
+    m_digitsOnly = on;
+    notifyView();
+}
+
+void TextBox::setUpperCase(bool on) {
+    if (on == m_upperCase) return;
+    m_upperCase = on;
+    notifyView();
+}
+
+CheckBox::CheckBox(std::string name, std::string caption, int value)
+    : Control(ControlKind::CheckBox, std::move(name)), m_value(value) {
+    initCaption(std::move(caption));
+}
+
+void CheckBox::setValue(int value) {
+    if (value < 0 || value > 2) value = value ? 1 : 0;
+    if (value == m_value) return;
+    m_value = value;
+    notifyView();
+    if (onClick) onClick();
+}
+
+void CheckBox::click() {
+    if (!enabled()) return;
+    setValue(m_value == 0 ? 1 : 0);
+}
+
+OptionButton* OptionGroup::selected() const {
+    for (OptionButton* b : m_buttons)
+        if (b->value()) return b;
+    return nullptr;
+}
+
+OptionButton::OptionButton(std::string name, std::string caption, OptionGroup& group)
+    : Control(ControlKind::OptionButton, std::move(name)), m_group(group) {
+    initCaption(std::move(caption));
+    group.add(this);
+}
+
+void OptionButton::setValue(bool value) {
+    if (value) {
+        for (OptionButton* other : m_group.buttons()) {
+            if (other != this && other->m_value) {
+                other->m_value = false;
+                other->notifyView();
+            }
+        }
+        if (m_value) return;
+        m_value = true;
+        notifyView();
+        if (onClick) onClick();
+        return;
+    }
+    if (!m_value) return;
+    m_value = false;
+    notifyView();
+}
+
+Label::Label(std::string name, std::string caption, Rgb fore) : Control(ControlKind::Label, std::move(name)), m_fore(fore) {
+    initCaption(std::move(caption));
+}
+
+void Label::setForeColor(Rgb color) {
+    if (color == m_fore) return;
+    m_fore = color;
+    notifyView();
+}
+
+void Label::setBackColor(Rgb color) {
+    if (m_hasBack && color == m_back) return;
+    m_back = color;
+    m_hasBack = true;
+    notifyView();
+}
+
+void Label::set(const std::string& caption, Rgb fore) {
+    if (caption == this->caption() && fore == m_fore) return;
+    m_fore = fore;
+    if (caption != this->caption())
+        setCaption(caption);  // notifies
+    else
+        notifyView();
+}
+
+Slider::Slider(std::string name, int min, int max, int value, Orientation orientation)
+    : Control(ControlKind::Slider, std::move(name)), m_min(min), m_max(max), m_value(std::clamp(value, min, max)),
+      m_orientation(orientation) {}
+
+void Slider::setValue(int value) {
+    value = std::clamp(value, m_min, std::max(m_min, m_max));
+    if (value == m_value) return;
+    m_value = value;
+    notifyView();
+    if (onChange) onChange();
+}
+
+void Slider::setRange(int min, int max) {
+    if (max < min) max = min;
+    if (min == m_min && max == m_max) return;
+    m_min = min;
+    m_max = max;
+    notifyView();
+    if (m_value < min || m_value > max) setValue(std::clamp(m_value, min, max));
+}
+
+Button::Button(std::string name, std::string caption) : Control(ControlKind::Button, std::move(name)) {
+    initCaption(std::move(caption));
+}
+
+ComboBox::ComboBox(std::string name) : Control(ControlKind::ComboBox, std::move(name)) {}
+
+void ComboBox::setItems(std::vector<std::string> items) {
+    m_items = std::move(items);
+    notifyView();
+}
+
+void ComboBox::setText(const std::string& text) {
+    if (text == m_text) return;
+    m_text = text;
+    notifyView();
+    if (onChange) onChange();
+}
+
+int ComboBox::listIndex() const {
+    const auto it = std::find(m_items.begin(), m_items.end(), m_text);
+    return it == m_items.end() ? -1 : static_cast<int>(it - m_items.begin());
+}
+
+Container::Container(std::string name, ContainerKind kind, std::string caption, int columns)
+    : Control(ControlKind::Container, std::move(name)), m_containerKind(kind), m_columns(columns) {
+    initCaption(std::move(caption));
+}
+
+void Container::addChild(Control* child) {
+    child->m_parent = this;
+    m_children.push_back(child);
+}
+
+}  // namespace mv

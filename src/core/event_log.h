@@ -1,0 +1,62 @@
+#pragma once
+// The suite's event log: one JSON object a line ("JSON Lines"), stamped with
+// the local date-time in milliseconds. Headless runs write it to a file; the
+// GUI's host console listens to it. With no sink and no listener it costs a
+// branch, so idle timers can call it freely.
+#include <cstdint>
+#include <functional>
+#include <iosfwd>
+#include <optional>
+#include <string>
+#include <variant>
+#include <vector>
+
+#include "core/local_time.h"
+
+namespace mv {
+
+using LogValue = std::variant<bool, int64_t, double, std::string>;
+
+struct LogField {
+    std::string key;
+    std::variant<LogValue, std::vector<LogValue>> value;
+};
+
+struct LogRecord {
+    LocalDateTime time;
+    std::string kind;  // event, host, media, speech, dialog, window, error, end
+    std::vector<LogField> fields;
+    std::string toJson() const;
+};
+
+std::string jsonQuote(const std::string& text);
+
+class EventLog {
+public:
+    void setTimeSource(std::function<LocalDateTime()> source) { m_timeSource = std::move(source); }
+    void setStream(std::ostream* stream) { m_stream = stream; }
+    using Listener = std::function<void(const LogRecord&)>;
+    void addListener(Listener listener) { m_listeners.push_back(std::move(listener)); }
+    bool active() const { return m_stream != nullptr || !m_listeners.empty(); }
+
+    // A host event as it was injected: {"kind":"event","event":"EchoLink_RX","args":[true]}
+    void hostEvent(const std::string& event, std::vector<LogValue> args);
+    // A host command a window called, with its result where it has one.
+    void hostCall(const std::string& window, const std::string& call, std::vector<LogValue> args,
+                  std::optional<LogValue> result = std::nullopt);
+    void media(const std::string& window, const std::string& op, const std::string& path);
+    void speech(const std::string& window, const std::string& op, const std::string& text, bool keyed);
+    void dialog(const std::string& window, const std::string& title, const std::string& text,
+                const std::string& answer);
+    void windowOp(const std::string& window, const std::string& op);
+    void error(const std::string& window, const std::string& message);
+    void end(const std::string& reason);
+    void write(LogRecord record);
+
+private:
+    std::function<LocalDateTime()> m_timeSource;
+    std::ostream* m_stream = nullptr;
+    std::vector<Listener> m_listeners;
+};
+
+}  // namespace mv

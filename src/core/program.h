@@ -1,0 +1,121 @@
+#pragma once
+// The running program: its windows, the services every window uses, the guard
+// against a second running copy (checked before any window loads) and the
+// end that stops everything at once.
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "core/window.h"
+
+namespace mv {
+
+class SettingsStore;
+class Dialogs;
+class EventLog;
+class MediaFactory;
+class HostLink;
+
+struct ProductInfo {
+    std::string name;
+    int major = 1;
+    int minor = 0;
+    int revision = 0;
+    // "1.0.0"
+    std::string versionText() const;
+};
+ProductInfo builtProduct();
+
+// Held for as long as this copy runs; a second copy cannot acquire it.
+class InstanceGuard {
+public:
+    virtual ~InstanceGuard() = default;
+    // False, with a reason, when another copy already runs.
+    virtual bool acquire(std::string& reason) = 0;
+};
+
+// What the GUI needs to follow windows as they load, show and go.
+class WindowObserver {
+public:
+    virtual ~WindowObserver() = default;
+    virtual void windowLoaded(Window&) {}
+    virtual void windowUnloading(Window&) {}
+    virtual void windowVisibilityChanged(Window&) {}
+    virtual void windowCaptionChanged(Window&) {}
+    virtual void windowMoved(Window&) {}
+};
+
+struct Services {
+    Scheduler& scheduler;
+    HostLink& host;
+    SettingsStore& settings;
+    Dialogs& dialogs;
+    EventLog& log;
+    MediaFactory* media = nullptr;
+};
+
+class Program {
+public:
+    Program(Services services, ProductInfo product = builtProduct());
+    ~Program();
+    Program(const Program&) = delete;
+    Program& operator=(const Program&) = delete;
+
+    Scheduler& scheduler() { return m_services.scheduler; }
+    HostLink& hostLink() { return m_services.host; }
+    SettingsStore& settings() { return m_services.settings; }
+    Dialogs& dialogs() { return m_services.dialogs; }
+    EventLog& log() { return m_services.log; }
+    MediaFactory& media();
+    bool hasMedia() const { return m_services.media != nullptr; }
+    const ProductInfo& product() const { return m_product; }
+
+    // Windows are added unloaded; the start window loads the others.
+    Window& addWindow(std::unique_ptr<Window> window);
+    Window* window(std::string_view name) const;
+    const std::vector<std::unique_ptr<Window>>& windows() const { return m_windows; }
+
+    enum class StartResult { Started, AlreadyRunning, Ended };
+    // Checks the guard before anything else (a second copy makes no host call
+    // at all), then loads and shows the start window.
+    StartResult start(std::string_view startWindow, InstanceGuard* guard, std::string& message);
+
+    // Ends the whole program at once: nothing after this runs. Throws
+    // ProgramEnded to unwind the caller; the dispatcher catches it.
+    [[noreturn]] void end(const std::string& reason);
+    bool ended() const { return m_ended; }
+    // Called once when the program ends (the GUI quits its event loop).
+    void setOnEnded(std::function<void()> callback) { m_onEnded = std::move(callback); }
+
+    // Host calls rejected because the host is busy are retried for up to this
+    // long before they fail; one setting for the whole process.
+    void setHostBusyWaitMs(int64_t ms) { m_hostBusyWaitMs = ms; }
+    int64_t hostBusyWaitMs() const { return m_hostBusyWaitMs; }
+
+    // A host object for a window: the host's own, with every call logged and
+    // the busy-wait policy applied.
+    std::unique_ptr<HostObject> createHostObject(Window& window);
+
+    // Folder of the voice recordings installed with the program; the hub's
+    // "Default" buttons put it into the voice folder fields.
+    const std::string& defaultVoiceFolder() const { return m_defaultVoiceFolder; }
+    void setDefaultVoiceFolder(std::string folder) { m_defaultVoiceFolder = std::move(folder); }
+
+    void setObserver(WindowObserver* observer) { m_observer = observer; }
+    WindowObserver* observer() const { return m_observer; }
+
+private:
+    Services m_services;
+    ProductInfo m_product;
+    std::vector<std::unique_ptr<Window>> m_windows;
+    bool m_ended = false;
+    int64_t m_hostBusyWaitMs = 0;
+    std::function<void()> m_onEnded;
+    WindowObserver* m_observer = nullptr;
+    std::string m_defaultVoiceFolder = "C:\\Program Files\\Marrowvane\\";
+};
+
+}  // namespace mv

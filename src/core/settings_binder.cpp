@@ -1,0 +1,115 @@
+#include "core/settings_binder.h"
+
+#include <cctype>
+
+#include "core/event_log.h"
+#include "core/settings_store.h"
+
+namespace mv {
+namespace {
+bool sameKey(const std::string& a, const std::string& b) {
+    if (a.size() != b.size()) return false;
+    for (size_t i = 0; i < a.size(); ++i)
+        if (std::toupper(static_cast<unsigned char>(a[i])) != std::toupper(static_cast<unsigned char>(b[i])))
+            return false;
+    return true;
+}
+}  // namespace
+
+SettingsBinder::SettingsBinder(std::string fileName, size_t readBuffer, std::string window)
+    : m_fileName(std::move(fileName)), m_readBuffer(readBuffer), m_window(std::move(window)) {}
+
+void SettingsBinder::bindText(const std::string& key, TextBox& box, std::string defaultValue) {
+    m_entries.push_back({key, Kind::Text, &box, std::move(defaultValue), {}, {}});
+}
+void SettingsBinder::bindCheck(const std::string& key, CheckBox& box, std::string defaultValue) {
+    m_entries.push_back({key, Kind::Check, &box, std::move(defaultValue), {}, {}});
+}
+void SettingsBinder::bindOption(const std::string& key, OptionButton& button, std::string defaultValue) {
+    m_entries.push_back({key, Kind::Option, &button, std::move(defaultValue), {}, {}});
+}
+void SettingsBinder::bindPosition(const std::string& key, std::function<float()> get, std::function<void(float)> set,
+                                  std::string defaultValue) {
+    m_entries.push_back({key, Kind::Position, nullptr, std::move(defaultValue), std::move(get), std::move(set)});
+}
+
+const SettingsBinder::Entry* SettingsBinder::find(const std::string& key) const {
+    for (const Entry& e : m_entries)
+        if (sameKey(e.key, key)) return &e;
+    return nullptr;
+}
+
+const std::string* SettingsBinder::defaultOf(const std::string& key) const {
+    const Entry* e = find(key);
+    return e ? &e->defaultValue : nullptr;
+}
+
+void SettingsBinder::apply(const Entry& e, const std::string& text, EventLog& log) const {
+    auto fallback = [&](const char* kindName) {
+        log.error(m_window, m_fileName + ": " + e.key + "=\"" + text + "\" is not a " + kindName +
+                                " value; using the default \"" + e.defaultValue + "\"");
+        return e.defaultValue;
+    };
+    switch (e.kind) {
+        case Kind::Text: static_cast<TextBox*>(e.control)->setText(text); return;
+        case Kind::Check: {
+            int v = 0;
+            if (!setting::parseCheck(text, v)) setting::parseCheck(fallback("check-box"), v);
+            static_cast<CheckBox*>(e.control)->setValue(v);
+            return;
+        }
+        case Kind::Option: {
+            bool v = false;
+            if (!setting::parseOption(text, v)) setting::parseOption(fallback("true/false"), v);
+            static_cast<OptionButton*>(e.control)->setValue(v);
+            return;
+        }
+        case Kind::Position: {
+            float v = 0;
+            if (!setting::parsePosition(text, v)) setting::parsePosition(fallback("position"), v);
+            e.setPosition(v);
+            return;
+        }
+    }
+}
+
+void SettingsBinder::load(SettingsStore& store, EventLog& log, const std::vector<std::string>& order) {
+    auto loadOne = [&](const Entry& e) { apply(e, store.read(m_fileName, e.key, e.defaultValue, m_readBuffer), log); };
+    if (order.empty()) {
+        for (const Entry& e : m_entries) loadOne(e);
+        return;
+    }
+    for (const std::string& key : order)
+        if (const Entry* e = find(key)) loadOne(*e);
+}
+
+std::string SettingsBinder::textOf(const Entry& e) const {
+    switch (e.kind) {
+        case Kind::Text: return static_cast<TextBox*>(e.control)->text();
+        case Kind::Check: return std::to_string(static_cast<CheckBox*>(e.control)->value());
+        case Kind::Option: return setting::optionText(static_cast<OptionButton*>(e.control)->value());
+        case Kind::Position: return setting::positionText(e.getPosition());
+    }
+    return {};
+}
+
+int SettingsBinder::save(SettingsStore& store, EventLog& log) const {
+    int written = 0;
+    for (const Entry& e : m_entries) {
+        const SettingsStore::WriteResult r = store.write(m_fileName, e.key, textOf(e));
+        if (!r.written) {
+            log.error(m_window, m_fileName + ": " + e.key + " not saved: " + r.error);
+            continue;
+        }
+        if (r.lineBreaksReplaced)
+            log.error(m_window, m_fileName + ": " + e.key + " held line breaks; saved with blanks in their place");
+        ++written;
+    }
+    return written;
+}
+
+void ensureOneSelected(OptionGroup& group, OptionButton& fallback) {
+    if (!group.selected()) fallback.setValue(true);
+}
+
+}  // namespace mv

@@ -1,0 +1,130 @@
+#include "core/window.h"
+
+#include <cctype>
+
+#include "core/errors.h"
+#include "core/event_log.h"
+#include "core/program.h"
+
+namespace mv {
+
+Window::Window(Program& program, std::string name) : m_program(program), m_name(std::move(name)) {}
+
+Window::~Window() = default;
+
+void Window::load() {
+    if (m_loaded) return;
+    build();
+    m_loaded = true;
+    m_program.log().windowOp(m_name, "load");
+    if (WindowObserver* o = m_program.observer()) o->windowLoaded(*this);
+    onLoad();
+}
+
+void Window::show() {
+    load();
+    if (m_visible || !m_loaded) return;
+    m_visible = true;
+    m_program.log().windowOp(m_name, "show");
+    if (WindowObserver* o = m_program.observer()) o->windowVisibilityChanged(*this);
+}
+
+void Window::hide() {
+    if (!m_visible) return;
+    m_visible = false;
+    m_program.log().windowOp(m_name, "hide");
+    if (WindowObserver* o = m_program.observer()) o->windowVisibilityChanged(*this);
+}
+
+void Window::unload() {
+    if (!m_loaded) return;
+    onUnload();
+    if (m_visible) {
+        m_visible = false;
+        if (WindowObserver* o = m_program.observer()) o->windowVisibilityChanged(*this);
+    }
+    if (WindowObserver* o = m_program.observer()) o->windowUnloading(*this);
+    m_loaded = false;
+    m_program.log().windowOp(m_name, "unload");
+    destroyContents();
+}
+
+bool Window::closeBox() {
+    if (!m_loaded) return false;
+    if (onQueryClose() == CloseDecision::Cancel) return false;
+    unload();
+    return true;
+}
+
+void Window::setCaption(const std::string& caption) {
+    if (caption == m_caption) return;
+    m_caption = caption;
+    if (WindowObserver* o = m_program.observer()) o->windowCaptionChanged(*this);
+}
+
+void Window::move(float leftTwips, float topTwips) {
+    if (leftTwips == m_left && topTwips == m_top) return;
+    m_left = leftTwips;
+    m_top = topTwips;
+    if (WindowObserver* o = m_program.observer()) o->windowMoved(*this);
+}
+
+namespace {
+std::string upperName(std::string_view name) {
+    std::string key(name);
+    for (char& c : key) c = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
+    return key;
+}
+}  // namespace
+
+Control* Window::control(std::string_view name) const {
+    // Control names, like settings keys, are matched without regard to case.
+    const auto it = m_byName.find(upperName(name));
+    return it == m_byName.end() ? nullptr : it->second;
+}
+
+Control* Window::findByCaption(std::string_view caption) const {
+    for (const auto& c : m_controls)
+        if (c->caption() == caption) return c.get();
+    for (const auto& c : m_controls)
+        if (c->designCaption() == caption) return c.get();
+    return nullptr;
+}
+
+HostObject& Window::host() {
+    if (!m_host) throw HostError("window " + m_name + " has no host object");
+    return *m_host;
+}
+
+OptionGroup& Window::makeGroup() {
+    m_groups.push_back(std::make_unique<OptionGroup>());
+    return *m_groups.back();
+}
+
+Timer& Window::makeTimer(std::string name, int intervalMs, bool enabled, std::function<void()> onTick) {
+    m_timers.push_back(std::make_unique<Timer>(scheduler(), std::move(name), intervalMs, enabled, std::move(onTick)));
+    return *m_timers.back();
+}
+
+void Window::createHostObject() { m_host = m_program.createHostObject(*this); }
+
+Scheduler& Window::scheduler() { return m_program.scheduler(); }
+SettingsStore& Window::settings() { return m_program.settings(); }
+Dialogs& Window::dialogs() { return m_program.dialogs(); }
+EventLog& Window::log() { return m_program.log(); }
+
+void Window::adopt(std::unique_ptr<Control> control) {
+    if (!control->name().empty()) m_byName[upperName(control->name())] = control.get();
+    m_controls.push_back(std::move(control));
+}
+
+void Window::destroyContents() {
+    m_timers.clear();
+    m_host.reset();
+    m_root = nullptr;
+    m_byName.clear();
+    m_controls.clear();
+    m_groups.clear();
+}
+
+}  // namespace mv

@@ -1,0 +1,110 @@
+#pragma once
+// A module window: owns its named controls, its timers and its host object,
+// and handles host events. Controls are built afresh at each load (an unloaded
+// window comes back with its design values); a hidden window keeps working.
+#include <memory>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+#include "core/controls.h"
+#include "core/host_link.h"
+#include "core/scheduler.h"
+
+namespace mv {
+
+class Program;
+class SettingsStore;
+class Dialogs;
+class EventLog;
+class MediaFactory;
+
+class Window : public HostEvents {
+public:
+    Window(Program& program, std::string name);
+    ~Window() override;
+    Window(const Window&) = delete;
+    Window& operator=(const Window&) = delete;
+
+    // The scenario name of the window: hub, player, history, idents ...
+    const std::string& name() const { return m_name; }
+    Program& program() { return m_program; }
+
+    bool isLoaded() const { return m_loaded; }
+    bool isVisible() const { return m_visible; }
+    // Runs the load handler once; a loaded window is left as it is.
+    void load();
+    // Loads when needed, then makes the window visible.
+    void show();
+    void hide();
+    void unload();
+    // The close box: asks the window's close query; true when it unloaded.
+    bool closeBox();
+
+    const std::string& caption() const { return m_caption; }
+    void setCaption(const std::string& caption);
+    float leftTwips() const { return m_left; }
+    float topTwips() const { return m_top; }
+    void move(float leftTwips, float topTwips);
+
+    Container* root() const { return m_root; }
+    Control* control(std::string_view name) const;
+    template <class T>
+    T* controlAs(std::string_view name) const {
+        return dynamic_cast<T*>(control(name));
+    }
+    // A control by its caption as shown now or as designed.
+    Control* findByCaption(std::string_view caption) const;
+    const std::vector<std::unique_ptr<Control>>& controls() const { return m_controls; }
+
+    bool hasHost() const { return static_cast<bool>(m_host); }
+    HostObject& host();
+
+protected:
+    // Creates the control tree; called at each load before onLoad().
+    virtual void build() = 0;
+    virtual void onLoad() {}
+    virtual void onUnload() {}
+    enum class CloseDecision { Cancel, Unload };
+    // Asked by the close box. A window may end the program from here.
+    virtual CloseDecision onQueryClose() { return CloseDecision::Unload; }
+
+    template <class T, class... Args>
+    T& make(Args&&... args) {
+        auto owned = std::make_unique<T>(std::forward<Args>(args)...);
+        T& ref = *owned;
+        adopt(std::move(owned));
+        return ref;
+    }
+    OptionGroup& makeGroup();
+    void setRoot(Container& root) { m_root = &root; }
+    Timer& makeTimer(std::string name, int intervalMs, bool enabled, std::function<void()> onTick);
+    // Creates this window's host object and subscribes it to the host's events.
+    void createHostObject();
+
+    Scheduler& scheduler();
+    SettingsStore& settings();
+    Dialogs& dialogs();
+    EventLog& log();
+
+private:
+    void adopt(std::unique_ptr<Control> control);
+    void destroyContents();
+
+    Program& m_program;
+    std::string m_name;
+    std::string m_caption;
+    float m_left = 0;
+    float m_top = 0;
+    bool m_loaded = false;
+    bool m_visible = false;
+    Container* m_root = nullptr;
+    std::vector<std::unique_ptr<Control>> m_controls;
+    std::unordered_map<std::string, Control*> m_byName;
+    std::vector<std::unique_ptr<OptionGroup>> m_groups;
+    std::vector<std::unique_ptr<Timer>> m_timers;
+    std::unique_ptr<HostObject> m_host;
+};
+
+}  // namespace mv
