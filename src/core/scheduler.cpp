@@ -20,6 +20,7 @@ LocalDateTime Scheduler::wallNow() const {
 
 void Scheduler::post(std::function<void()> message) {
     m_messages.push_back(Message{now(), m_seq++, std::move(message)});
+    if (m_wakeHook) m_wakeHook();
 }
 
 uint32_t Scheduler::registerTimer(Timer* timer) {
@@ -108,7 +109,8 @@ void Scheduler::dispatchTimer(const TimerEntry& entry) {
             if (slot < s.m_timers.size() && s.m_timers[slot] == timer) timer->m_inHandler = false;
         }
     } restore{*this, slot, timer, savedTickDue};
-    if (timer->m_onTick) runGuarded(timer->m_onTick);
+    if (const std::shared_ptr<std::function<void()>> handler = timer->m_onTick; handler && *handler)
+        runGuarded(*handler);
     // The handler may have destroyed the timer (its window unloaded).
     if (slot < m_timers.size() && m_timers[slot] == timer && timer->m_missedWhileRunning) {
         timer->m_missedWhileRunning = false;
@@ -199,7 +201,7 @@ Timer::Timer(Scheduler& scheduler, std::string name, int intervalMs, bool enable
     : m_scheduler(scheduler),
       m_name(std::move(name)),
       m_interval(intervalMs < 0 ? 0 : intervalMs),
-      m_onTick(std::move(onTick)),
+      m_onTick(std::make_shared<std::function<void()>>(std::move(onTick))),
       m_slot(scheduler.registerTimer(this)) {
     setEnabled(enabled);
 }
@@ -210,7 +212,10 @@ Timer::~Timer() {
 
 void Timer::restart() {
     ++m_generation;
-    if (running() && m_slot != UINT32_MAX) m_scheduler.scheduleTimer(*this, m_scheduler.now() + m_interval);
+    if (running() && m_slot != UINT32_MAX) {
+        m_scheduler.scheduleTimer(*this, m_scheduler.now() + m_interval);
+        if (m_scheduler.m_wakeHook) m_scheduler.m_wakeHook();
+    }
 }
 
 void Timer::setEnabled(bool enabled) {

@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <deque>
 #include <functional>
+#include <memory>
 #include <queue>
 #include <string>
 #include <vector>
@@ -55,6 +56,9 @@ public:
     // Real time only: called repeatedly during a block with the ms left; the GUI
     // uses it to paint without handling input. Without one, the thread sleeps.
     void setBlockHook(std::function<void(int64_t msLeft)> hook) { m_blockHook = std::move(hook); }
+    // Real time only: called when a message is posted or a timer is (re)started,
+    // so an event loop that sleeps until nextDueTime() can wake up earlier.
+    void setWakeHook(std::function<void()> hook) { m_wakeHook = std::move(hook); }
 
     // Where errors that escape a handler go (they are logged; dispatch goes on).
     void setErrorSink(std::function<void(const std::string&)> sink) { m_errorSink = std::move(sink); }
@@ -103,6 +107,7 @@ private:
     bool m_stopped = false;
     int64_t m_tickDue = -1;  // due time of the timer tick being handled, or -1
     std::function<void(int64_t)> m_blockHook;
+    std::function<void()> m_wakeHook;
     std::function<void(const std::string&)> m_errorSink;
     uint64_t m_ticksDispatched = 0;
     uint64_t m_messagesDispatched = 0;
@@ -127,7 +132,9 @@ public:
 
     void setInterval(int ms);
     void setEnabled(bool enabled);
-    void setHandler(std::function<void()> onTick) { m_onTick = std::move(onTick); }
+    void setHandler(std::function<void()> onTick) {
+        m_onTick = std::make_shared<std::function<void()>>(std::move(onTick));
+    }
 
 private:
     friend class Scheduler;
@@ -139,7 +146,8 @@ private:
     bool m_enabled = false;
     bool m_inHandler = false;
     bool m_missedWhileRunning = false;
-    std::function<void()> m_onTick;
+    // Shared so a handler that destroys its own timer keeps running safely.
+    std::shared_ptr<std::function<void()>> m_onTick;
     uint32_t m_slot;
     uint32_t m_generation = 0;
 };

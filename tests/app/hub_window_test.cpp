@@ -1,0 +1,255 @@
+// The hub as the operator and the node see it, in virtual time.
+#include "core/hub_window.h"
+
+#include <gtest/gtest.h>
+
+#include <fstream>
+#include <sstream>
+
+#include "app/suite.h"
+#include "core/errors.h"
+#include "support/temp_dir.h"
+
+namespace mv {
+namespace {
+
+class HubTest : public ::testing::Test {
+protected:
+    void start() {
+        SuiteOptions o;
+        o.settingsDir = dir.path();
+        o.virtualStart = LocalDateTime{2026, 11, 22, 13, 59, 50, 0};
+        o.logStream = &logText;
+        o.defaultVoiceFolder = "/usr/share/marrowvane/voice/";
+        suite = std::make_unique<Suite>(o);
+        std::string message;
+        ASSERT_EQ(suite->program().start("hub", nullptr, message), Program::StartResult::Started) << message;
+        hub = suite->program().window("hub");
+    }
+    void run(int64_t ms) { suite->scheduler().runUntil(suite->scheduler().now() + ms); }
+    // Operator actions arrive as messages, like a click.
+    void operate(std::function<void()> action) {
+        suite->scheduler().post(std::move(action));
+        run(0);
+    }
+    TextBox& text(const char* name) { return *hub->controlAs<TextBox>(name); }
+    CheckBox& check(const char* name) { return *hub->controlAs<CheckBox>(name); }
+    OptionButton& option(const char* name) { return *hub->controlAs<OptionButton>(name); }
+    void writeClockFile(const std::string& content) {
+        std::ofstream(dir.path() / "Quillasp2.ini", std::ios::binary) << content;
+    }
+    std::string clockFile() {
+        std::ifstream in(dir.path() / "Quillasp2.ini", std::ios::binary);
+        std::ostringstream s;
+        s << in.rdbuf();
+        return s.str();
+    }
+    size_t logCount(const std::string& needle) {
+        const std::string all = logText.str();
+        size_t n = 0;
+        for (size_t at = all.find(needle); at != std::string::npos; at = all.find(needle, at + 1)) ++n;
+        return n;
+    }
+
+    test::TempDir dir;
+    std::ostringstream logText;
+    std::unique_ptr<Suite> suite;
+    Window* hub = nullptr;
+};
+
+TEST_F(HubTest, StartsWithCaptionUnkeyedAndDefaultsWhenNoFileExists) {
+    start();
+    EXPECT_EQ(hub->caption(), "Marrowvane    N0CALL   v1.0.0       Quillasp");
+    const auto& cmds = suite->host().commands();
+    ASSERT_GE(cmds.size(), 2u);
+    EXPECT_EQ(cmds[0].call, "StationInfo");
+    EXPECT_EQ(cmds[1].call, "SetPTT");
+    EXPECT_EQ(cmds[1].args, (std::vector<std::string>{"false"}));
+    EXPECT_TRUE(hub->isVisible());
+    EXPECT_TRUE(option("OPTION2").value());
+    EXPECT_TRUE(option("OPTION3").value());
+    EXPECT_EQ(text("DTMFTIME").text(), "123");
+    EXPECT_EQ(text("TEXT4").text(), "/usr/share/marrowvane/voice/");
+    EXPECT_FLOAT_EQ(hub->leftTwips(), 300);
+    // Buttons for windows this build does not have are disabled.
+    EXPECT_FALSE(hub->findByCaption("Balizas")->enabled());
+}
+
+TEST_F(HubTest, VersionReplyOnlyForTheExactLowerCaseRequest) {
+    start();
+    suite->host().receiveChat("N0CALL>que /ver/ usas");
+    suite->host().receiveChat("N0CALL>/VER/");
+    suite->host().receiveChat("/ve r/");
+    run(10);
+    EXPECT_EQ(suite->host().countCommands("SendChatText"), 1u);
+    EXPECT_EQ(suite->host().commands().back().args[0], "Marrowvane  v1.0.0");
+}
+
+TEST_F(HubTest, SaveWritesAll71KeysAndTheyReadBackTheSame) {
+    start();
+    operate([&] {
+        text("TEXT37").typeText("*MYCONF*");
+        option("OPTION1").setValue(true);
+        check("HALFHOUR").setValue(0);
+        text("TEXT36").setText(" padded caption ");
+        hub->findByCaption("Guardar")->enabled();
+        static_cast<Button*>(hub->findByCaption("Guardar"))->click();
+    });
+    const std::string file = clockFile();
+    size_t keys = 0;
+    std::istringstream lines(file);
+    for (std::string line; std::getline(lines, line);) keys += line.find('=') != std::string::npos;
+    EXPECT_EQ(keys, 71u);
+    EXPECT_NE(file.find("OPTION1=True"), std::string::npos);
+    EXPECT_NE(file.find("OPTION2=False"), std::string::npos);
+    EXPECT_NE(file.find("HALFHOUR=0"), std::string::npos);
+    EXPECT_NE(file.find("LEFT=300"), std::string::npos);
+
+    // A second program on the same folder reads back what was saved.
+    suite.reset();
+    logText.str("");
+    start();
+    EXPECT_EQ(text("TEXT37").text(), "*MYCONF*");
+    EXPECT_TRUE(option("OPTION1").value());
+    EXPECT_FALSE(option("OPTION2").value());
+    EXPECT_EQ(check("HALFHOUR").value(), 0);
+    EXPECT_EQ(text("TEXT36").text(), " padded caption ");
+}
+
+TEST_F(HubTest, AHandEditedFileLoadsWithoutErrorAndUnconvertibleValuesFallBack) {
+    writeClockFile("[SETTINGS]\nOPTION1=1\noption2=0\nondtmf=x\ndtmftime=456\nTEXT37=" + std::string(300, 'c') +
+                   "\nCHECK3=abc\nCONDISC=0\nOPTION11=maybe\nOPTION12=0\nLEFT=wide\nVOLSET=-1200\n");
+    start();
+    EXPECT_TRUE(option("OPTION1").value());
+    EXPECT_FALSE(option("OPTION2").value());
+    EXPECT_EQ(text("DTMFTIME").text(), "456");
+    EXPECT_EQ(text("TEXT37").text().size(), 255u);
+    EXPECT_EQ(check("CHECK3").value(), 1) << "not a number: the key's default";
+    EXPECT_EQ(check("CONDISC").value(), 0);
+    // OPTION11 fell back to its default (True), so voice 1 still has a file type.
+    EXPECT_TRUE(option("OPTION11").value());
+    EXPECT_FLOAT_EQ(hub->leftTwips(), 300);
+    EXPECT_EQ(hub->controlAs<Slider>("VolumeSlider")->value(), -1200);
+    EXPECT_EQ(text("VOLSET").text(), "-1200");
+    EXPECT_EQ(logCount("\"kind\":\"error\""), 3u) << logText.str();
+    // The file itself is untouched by loading.
+    EXPECT_NE(clockFile().find("ondtmf=x"), std::string::npos);
+}
+
+TEST_F(HubTest, ARadioGroupLeftEmptyByHandSelectsItsDefault) {
+    writeClockFile("[SETTINGS]\nOPTION1=False\nOPTION2=False\nOPTIONWAV=0\nOPTIONMP3=1\n");
+    start();
+    EXPECT_TRUE(option("OPTION2").value());
+    EXPECT_TRUE(option("OPTIONMP3").value());
+    EXPECT_FALSE(option("OPTIONWAV").value());
+}
+
+TEST_F(HubTest, CaptionFieldsRelabelWithinHalfASecond) {
+    start();
+    Control* sayTime = hub->findByCaption("Say The Time");
+    ASSERT_NE(sayTime, nullptr);
+    run(500);
+    EXPECT_EQ(hub->findByCaption("Guardar")->caption(), "Save");
+    operate([&] {
+        text("TEXT27").typeText("Hora!");
+        text("TEXT33").typeText("Acerca");
+    });
+    EXPECT_EQ(sayTime->caption(), "Say The Time");
+    run(500);
+    EXPECT_EQ(sayTime->caption(), "Hora!");
+    for (const auto& c : hub->controls()) EXPECT_NE(c->caption(), "Acerca") << c->name();
+    // Both the selector and the folder group of a voice follow its field.
+    operate([&] { text("TEXT17").typeText("Paul"); });
+    run(500);
+    EXPECT_EQ(option("OPTION4").caption(), "Paul");
+    EXPECT_EQ(hub->control("frameVoice2")->caption(), "Paul");
+}
+
+TEST_F(HubTest, TransmitterMirrorFollowsTheHostWithin100ms) {
+    start();
+    Label& ptt2 = *hub->controlAs<Label>("PTT2");
+    auto other = suite->host().createObject("test", nullptr);
+    other->setPTT(true);
+    run(100);
+    EXPECT_EQ(ptt2.caption(), "PTT ON");
+    EXPECT_EQ(ptt2.foreColor(), kPttOnRed);
+    other->setPTT(false);
+    run(100);
+    EXPECT_EQ(ptt2.caption(), "PTT OFF");
+    EXPECT_EQ(ptt2.foreColor(), kPttOffGreen);
+}
+
+TEST_F(HubTest, QuitPromptNoKeepsRunningYesUnkeysAndEnds) {
+    start();
+    suite->scriptedDialogs().queueAnswer("No");
+    operate([&] { hub->closeBox(); });
+    EXPECT_FALSE(suite->program().ended());
+    EXPECT_TRUE(hub->isLoaded());
+    EXPECT_EQ(logCount("\"title\":\"Salir del Programa\""), 1u);
+
+    suite->host().clearCommands();
+    suite->scriptedDialogs().queueAnswer("Yes");
+    operate([&] { hub->closeBox(); });
+    EXPECT_TRUE(suite->program().ended());
+    EXPECT_EQ(suite->host().countCommands("SetPTT"), 1u);
+    EXPECT_EQ(hub->controlAs<Label>("PTT")->caption(), "PTT OFF");
+    const size_t after = suite->host().commands().size();
+    run(5000);
+    EXPECT_EQ(suite->host().commands().size(), after) << "nothing runs after the end";
+}
+
+TEST_F(HubTest, HostClosingUnkeysDropsDtrAndEndsEvenIfACallFails) {
+    start();
+    suite->host().setFailing("SetPTT", true);
+    suite->host().closing();
+    run(1);
+    EXPECT_TRUE(suite->program().ended());
+    EXPECT_EQ(suite->host().countCommands("SetDTR", "hub"), 1u);
+    EXPECT_EQ(logCount("\"kind\":\"end\""), 1u);
+}
+
+TEST_F(HubTest, SaveAndExitSavesAndEndsWithoutAPrompt) {
+    start();
+    suite->host().clearCommands();
+    operate([&] { static_cast<Button*>(hub->findByCaption(">>>>>>>>  Guardar y Salir  <<<<<<<<"))->click(); });
+    EXPECT_TRUE(suite->program().ended());
+    EXPECT_EQ(logCount("\"kind\":\"dialog\""), 0u);
+    EXPECT_EQ(suite->host().countCommands("SetPTT"), 0u);
+    EXPECT_NE(clockFile().find("TOP=300"), std::string::npos);
+}
+
+TEST_F(HubTest, DefaultVoiceButtonsPutTheInstalledVoiceBack) {
+    start();
+    operate([&] {
+        text("TEXT4").typeText("/elsewhere/");
+        option("OPTION12").setValue(true);
+        static_cast<Button*>(hub->findByCaption("Defalt Voice 1"))->click();
+    });
+    EXPECT_EQ(text("TEXT4").text(), "/usr/share/marrowvane/voice/");
+    EXPECT_TRUE(option("OPTION11").value());
+    operate([&] { static_cast<Button*>(hub->control("btnDefaultVoice3"))->click(); });
+    EXPECT_EQ(text("TEXT6").text(), "/usr/share/marrowvane/voice/");
+}
+
+class HeldGuard : public InstanceGuard {
+public:
+    bool acquire(std::string& reason) override {
+        reason = "already running";
+        return false;
+    }
+};
+
+TEST_F(HubTest, ASecondCopyLoadsNoWindowAndMakesNoHostCall) {
+    SuiteOptions o;
+    o.settingsDir = dir.path();
+    o.virtualStart = LocalDateTime{2026, 11, 22, 13, 59, 50, 0};
+    Suite second(o);
+    HeldGuard guard;
+    std::string message;
+    EXPECT_EQ(second.program().start("hub", &guard, message), Program::StartResult::AlreadyRunning);
+    EXPECT_TRUE(second.host().commands().empty());
+    EXPECT_FALSE(second.program().window("hub")->isLoaded());
+}
+
+}  // namespace
+}  // namespace mv

@@ -1,0 +1,121 @@
+// Scenario files: times, verbs and the errors a bad line gets.
+#include "app/scenario.h"
+
+#include <gtest/gtest.h>
+
+#include <fstream>
+
+#include "app/headless_runner.h"
+#include "support/temp_dir.h"
+
+namespace mv {
+namespace {
+
+TEST(ScenarioTest, TimesAreAbsoluteOrRelativeAndAbsoluteOnesNeverGoBack) {
+    const Scenario s = parseScenario(
+        "# a comment\n"
+        "start 2026-11-22 23:59:50\n"
+        "23:59:55 carrier on   # trailing comment\n"
+        "+1500ms carrier off\n"
+        "00:00:10 dtmf 123\n"       // after midnight: the next day
+        "+2m chat \"N0CALL>hello \\\"there\\\"\"\n"
+        "+1h end\n",
+        "t.scn");
+    EXPECT_EQ(s.start.timeText(), "23:59:50");
+    ASSERT_EQ(s.directives.size(), 4u);
+    EXPECT_EQ(s.directives[0].atMs, 5000);
+    EXPECT_EQ(s.directives[0].line, 3);
+    EXPECT_EQ(s.directives[1].atMs, 6500);
+    EXPECT_EQ(s.directives[2].atMs, 20000);
+    EXPECT_EQ(s.directives[3].atMs, 140000);
+    EXPECT_EQ(s.directives[3].args[0], "N0CALL>hello \"there\"");
+    EXPECT_EQ(s.endMs, 140000 + 3600000);
+}
+
+TEST(ScenarioTest, WithoutEndTheRunStopsOneSecondAfterTheLastLine) {
+    const Scenario s = parseScenario("start 2026-11-22 14:00:00\n14:00:05.250 rx on\n", "t.scn");
+    EXPECT_EQ(s.directives[0].atMs, 5250);
+    EXPECT_EQ(s.endMs, 6250);
+}
+
+TEST(ScenarioTest, TargetsByNameOrByCaption) {
+    const Scenario s = parseScenario(
+        "start 2026-11-22 14:00:00\n"
+        "+1s click hub.\"Guardar y Salir\"\n"
+        "+1s set hub.TEXT38 \"#5\"\n"
+        "+1s connect K1ABC \"John Smith\" 10.0.0.1\n"
+        "+1s connect W2XYZ\n"
+        "+1s answer \"/tmp/some file.wav\"\n",
+        "t.scn");
+    EXPECT_TRUE(s.directives[0].byCaption);
+    EXPECT_EQ(s.directives[0].args, (std::vector<std::string>{"hub", "Guardar y Salir"}));
+    EXPECT_FALSE(s.directives[1].byCaption);
+    EXPECT_EQ(s.directives[1].args, (std::vector<std::string>{"hub", "TEXT38", "#5"}));
+    EXPECT_EQ(s.directives[2].args, (std::vector<std::string>{"K1ABC", "John Smith", "10.0.0.1"}));
+    EXPECT_EQ(s.directives[3].args, (std::vector<std::string>{"W2XYZ", "", ""}));
+    EXPECT_EQ(s.directives[4].args[0], "/tmp/some file.wav");
+}
+
+TEST(ScenarioTest, BadLinesNameTheFileAndLine) {
+    const std::vector<std::pair<std::string, std::string>> cases = {
+        {"14:00:00 carrier on\n", "t.scn:1: the first line must be"},
+        {"start 2026-13-01 00:00:00\n", "t.scn:1: not a date"},
+        {"start 2026-11-22 14:00:00\n\n+1s carrier maybe\n", "t.scn:3: usage: carrier on|off"},
+        {"start 2026-11-22 14:00:00\n25:00:00 rx on\n", "t.scn:2: bad time"},
+        {"start 2026-11-22 14:00:00\n+5x rx on\n", "t.scn:2: bad relative time"},
+        {"start 2026-11-22 14:00:00\n+1s jump\n", "t.scn:2: unknown verb \"jump\""},
+        {"start 2026-11-22 14:00:00\n+1s click nowhere.Foo\n", "t.scn:2: unknown window \"nowhere\""},
+        {"start 2026-11-22 14:00:00\n+1s chat \"unterminated\n", "t.scn:2: unterminated quote"},
+        {"start 2026-11-22 14:00:00\n+1s end\n+1s rx on\n", "t.scn:3: nothing may follow end"},
+        {"start 2026-11-22 14:00:00\n+1s set hub.TEXT4\n", "t.scn:2: usage: set"},
+        {"", "t.scn:1: empty scenario"},
+    };
+    for (const auto& [text, expected] : cases) {
+        try {
+            parseScenario(text, "t.scn");
+            ADD_FAILURE() << "accepted: " << text;
+        } catch (const ScenarioError& e) {
+            EXPECT_EQ(std::string(e.what()).rfind(expected, 0), 0u) << e.what();
+        }
+    }
+}
+
+TEST(HeadlessRunnerTest, ABadScenarioStopsBeforeAnythingRuns) {
+    test::TempDir dir;
+    const auto scn = dir.path() / "bad.scn";
+    std::ofstream(scn) << "start 2026-11-22 14:00:00\n+1s rx on\n+1s bogus\n";
+    HeadlessOptions o;
+    o.scenarioPath = scn.string();
+    o.logPath = (dir.path() / "log.jsonl").string();
+    o.settingsDir = (dir.path() / "settings").string();
+    testing::internal::CaptureStderr();
+    EXPECT_EQ(runHeadless(o), 2);
+    EXPECT_NE(testing::internal::GetCapturedStderr().find("bad.scn:3: unknown verb"), std::string::npos);
+    EXPECT_FALSE(std::filesystem::exists(o.logPath));
+    EXPECT_FALSE(std::filesystem::exists(o.settingsDir));
+}
+
+TEST(HeadlessRunnerTest, OperatorMistakesAreLoggedAndTheRunGoesOn) {
+    test::TempDir dir;
+    const auto scn = dir.path() / "ok.scn";
+    std::ofstream(scn) << "start 2026-11-22 14:00:00\n"
+                          "+1s click hub.\"No Such Button\"\n"
+                          "+1s set hub.CHECK3 5\n"
+                          "+1s click player.Foo\n"
+                          "+1s chat \"x /ver/\"\n";
+    HeadlessOptions o;
+    o.scenarioPath = scn.string();
+    o.logPath = (dir.path() / "log.jsonl").string();
+    o.settingsDir = (dir.path() / "settings").string();
+    EXPECT_EQ(runHeadless(o), 0);
+    std::ifstream in(o.logPath);
+    std::string log((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
+    EXPECT_NE(log.find("has no control captioned \\\"No Such Button\\\""), std::string::npos) << log;
+    EXPECT_NE(log.find("a check box takes 0, 1 or 2"), std::string::npos);
+    EXPECT_NE(log.find("no window \\\"player\\\""), std::string::npos);
+    EXPECT_NE(log.find("\"call\":\"SendChatText\""), std::string::npos);
+    EXPECT_NE(log.find("{\"t\":\"2026-11-22T14:00:05.000\",\"kind\":\"end\",\"reason\":\"scenario\"}"), std::string::npos);
+}
+
+}  // namespace
+}  // namespace mv

@@ -1,0 +1,175 @@
+// Window-timer semantics in virtual time.
+#include "core/scheduler.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "core/errors.h"
+
+namespace mv {
+namespace {
+
+class SchedulerTest : public ::testing::Test {
+protected:
+    VirtualClock clock{LocalDateTime{2026, 11, 22, 14, 0, 0, 0}};
+    Scheduler scheduler{clock};
+};
+
+TEST_F(SchedulerTest, FirstTickComesOneIntervalAfterEnabling) {
+    int ticks = 0;
+    Timer t(scheduler, "t", 10000, true, [&] { ++ticks; });
+    scheduler.runUntil(9999);
+    EXPECT_EQ(ticks, 0);
+    scheduler.runUntil(10000);
+    EXPECT_EQ(ticks, 1);
+    scheduler.runUntil(30000);
+    EXPECT_EQ(ticks, 3);
+}
+
+TEST_F(SchedulerTest, ZeroIntervalAndDisabledTimersNeverTick) {
+    int ticks = 0;
+    Timer zero(scheduler, "zero", 0, true, [&] { ++ticks; });
+    Timer off(scheduler, "off", 10, false, [&] { ++ticks; });
+    scheduler.runUntil(1000);
+    EXPECT_EQ(ticks, 0);
+    EXPECT_EQ(scheduler.nextDueTime(), -1);
+}
+
+TEST_F(SchedulerTest, EnablingARunningTimerChangesNothingButIntervalChangeRestartsThePeriod) {
+    std::vector<int64_t> at;
+    Timer t(scheduler, "t", 1000, true, [&] { at.push_back(scheduler.now()); });
+    scheduler.runUntil(600);
+    t.setEnabled(true);  // already running: keeps its period
+    scheduler.runUntil(1000);
+    ASSERT_EQ(at, (std::vector<int64_t>{1000}));
+    scheduler.runUntil(1500);
+    t.setInterval(1000);  // restarts from now
+    scheduler.runUntil(2400);
+    EXPECT_EQ(at.size(), 1u);
+    scheduler.runUntil(2500);
+    EXPECT_EQ(at, (std::vector<int64_t>{1000, 2500}));
+}
+
+TEST_F(SchedulerTest, PeriodsDoNotDriftWhenHandlersTakeTime) {
+    std::vector<int64_t> at;
+    Timer t(scheduler, "t", 100, true, [&] {
+        at.push_back(scheduler.now());
+        scheduler.block(7);  // a slow handler
+    });
+    scheduler.runUntil(1000);
+    ASSERT_EQ(at.size(), 10u);
+    for (size_t i = 0; i < at.size(); ++i) EXPECT_EQ(at[i], 100 * static_cast<int64_t>(i + 1));
+}
+
+TEST_F(SchedulerTest, ALateTimerFiresOnceAndKeepsItsGrid) {
+    std::vector<int64_t> at;
+    std::vector<std::string> wall;
+    Timer t(scheduler, "t", 1000, true, [&] {
+        at.push_back(scheduler.now());
+        wall.push_back(scheduler.wallNow().timeText());
+    });
+    bool blocked = false;
+    Timer blocker(scheduler, "blocker", 1500, true, [&] {
+        if (!blocked) scheduler.block(3200);
+        blocked = true;
+    });
+    scheduler.runUntil(6000);
+    // 1000 ticks; 1500 blocks until 4700: the ticks due at 2000, 3000 and 4000 fire once,
+    // late, then the grid resumes at 5000 and 6000.
+    EXPECT_EQ(at, (std::vector<int64_t>{1000, 4700, 5000, 6000}));
+    // While late, the handler sees the latest due time not after now.
+    EXPECT_EQ(wall[1], "14:00:04");
+}
+
+TEST_F(SchedulerTest, ATimerIsNeverReenteredByItsOwnHandler) {
+    int depth = 0, maxDepth = 0, ticks = 0;
+    Timer t(scheduler, "poll", 1, true, [&] {
+        ++ticks;
+        ++depth;
+        maxDepth = std::max(maxDepth, depth);
+        scheduler.block(5);
+        scheduler.processPendingEvents();
+        --depth;
+    });
+    scheduler.runUntil(100);
+    EXPECT_EQ(maxDepth, 1);
+    EXPECT_GT(ticks, 5);
+}
+
+TEST_F(SchedulerTest, ProcessPendingEventsRunsOtherDueWorkInsideAHandler) {
+    std::vector<std::string> order;
+    Timer slow(scheduler, "slow", 100, true, [&] {
+        order.push_back("slow-begin");
+        scheduler.post([&] { order.push_back("message"); });
+        scheduler.processPendingEvents();
+        order.push_back("slow-end");
+    });
+    scheduler.runUntil(100);
+    EXPECT_EQ(order, (std::vector<std::string>{"slow-begin", "message", "slow-end"}));
+}
+
+TEST_F(SchedulerTest, MessagesAndTicksRunInDueOrderThenQueueOrder) {
+    std::vector<std::string> order;
+    Timer t(scheduler, "t", 10, true, [&] { order.push_back("tick"); });
+    scheduler.runUntil(5);
+    scheduler.post([&] { order.push_back("a"); });
+    scheduler.post([&] { order.push_back("b"); });
+    scheduler.runUntil(10);
+    EXPECT_EQ(order, (std::vector<std::string>{"a", "b", "tick"}));
+}
+
+TEST_F(SchedulerTest, AnErrorEscapingAHandlerIsReportedAndDispatchGoesOn) {
+    std::vector<std::string> errors;
+    scheduler.setErrorSink([&](const std::string& e) { errors.push_back(e); });
+    int after = 0;
+    scheduler.post([] { throw HostError("host went away"); });
+    scheduler.post([&] { ++after; });
+    scheduler.runUntil(1);
+    EXPECT_EQ(errors, (std::vector<std::string>{"host went away"}));
+    EXPECT_EQ(after, 1);
+}
+
+TEST_F(SchedulerTest, EndingTheProgramStopsEverythingIncludingTheOuterHandler) {
+    std::vector<std::string> order;
+    Timer t(scheduler, "t", 10, true, [&] {
+        order.push_back("outer");
+        scheduler.post([&] { throw ProgramEnded{}; });
+        scheduler.processPendingEvents();
+        order.push_back("after-end");  // must not run
+    });
+    Timer other(scheduler, "other", 20, true, [&] { order.push_back("later"); });
+    scheduler.runUntil(1000);
+    EXPECT_EQ(order, (std::vector<std::string>{"outer"}));
+    EXPECT_TRUE(scheduler.stopped());
+}
+
+TEST_F(SchedulerTest, ATimerDestroyedOrDisabledInsideItsHandlerStaysQuiet) {
+    int ticks = 0;
+    auto t = std::make_unique<Timer>(scheduler, "t", 10, true, nullptr);
+    t->setHandler([&] {
+        ++ticks;
+        t.reset();
+    });
+    Timer self(scheduler, "self", 10, true, nullptr);
+    int selfTicks = 0;
+    self.setHandler([&] {
+        ++selfTicks;
+        self.setEnabled(false);
+    });
+    scheduler.runUntil(100);
+    EXPECT_EQ(ticks, 1);
+    EXPECT_EQ(selfTicks, 1);
+}
+
+TEST_F(SchedulerTest, BlockUntilStopsWhenTheConditionHolds) {
+    const int64_t start = scheduler.now();
+    scheduler.blockUntil([&] { return scheduler.now() - start >= 250; }, 10000);
+    EXPECT_EQ(scheduler.now() - start, 250);
+    scheduler.blockUntil([] { return false; }, 40);
+    EXPECT_EQ(scheduler.now() - start, 290);
+}
+
+}  // namespace
+}  // namespace mv
