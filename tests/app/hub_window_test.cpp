@@ -253,3 +253,30 @@ TEST_F(HubTest, ASecondCopyLoadsNoWindowAndMakesNoHostCall) {
 
 }  // namespace
 }  // namespace mv
+
+namespace mv {
+namespace {
+
+TEST_F(HubTest, ABusyHostIsWaitedForUnderTheProcessWidePolicy) {
+    start();
+    auto& host = suite->host();
+    Window& w = *hub;
+    // No policy yet: a busy refusal reaches the caller at once.
+    host.refuseAsBusy(1);
+    EXPECT_THROW(w.host().isBusy(), HostBusyError);
+    // With the policy, refusals are retried while time passes, and the call goes through.
+    suite->program().setHostBusyWaitMs(900000);
+    const int64_t before = suite->scheduler().now();
+    host.refuseAsBusy(3);
+    EXPECT_NO_THROW(w.host().setPTT(true));
+    EXPECT_TRUE(host.pttKeyed());
+    EXPECT_GT(suite->scheduler().now(), before);
+    // A host that stays busy past the policy fails the call.
+    host.refuseAsBusy(1000000);
+    EXPECT_THROW(w.host().setPTT(false), HostBusyError);
+    EXPECT_GE(suite->scheduler().now() - before, 900000);
+    host.refuseAsBusy(0);
+}
+
+}  // namespace
+}  // namespace mv

@@ -1,0 +1,72 @@
+// Two real processes on one settings folder: the second leaves the first alone.
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <fstream>
+#include <sstream>
+#include <thread>
+
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include "support/temp_dir.h"
+
+namespace {
+
+std::string slurp(const std::filesystem::path& p) {
+    std::ifstream in(p, std::ios::binary);
+    std::ostringstream s;
+    s << in.rdbuf();
+    return s.str();
+}
+
+pid_t spawn(const std::vector<std::string>& args, const std::filesystem::path& stderrFile) {
+    const pid_t pid = ::fork();
+    if (pid == 0) {
+        const FILE* err = std::freopen(stderrFile.c_str(), "w", stderr);
+        (void)err;
+        std::vector<char*> argv;
+        for (const auto& a : args) argv.push_back(const_cast<char*>(a.c_str()));
+        argv.push_back(nullptr);
+        ::execv(argv[0], argv.data());
+        ::_exit(127);
+    }
+    return pid;
+}
+
+int waitFor(pid_t pid) {
+    int status = 0;
+    ::waitpid(pid, &status, 0);
+    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+}
+
+TEST(SecondCopyTest, ExitsAtOnceWithoutTouchingTheRunningNode) {
+    mv::test::TempDir dir;
+    const auto settings = dir.path() / "settings";
+    const auto scenario = dir.path() / "long.scn";
+    std::ofstream(scenario) << "start 2026-11-22 14:00:00\n+3s chat \"x /ver/\"\n+1s end\n";
+    const std::string bin = MV_BINARY;
+    const pid_t first = spawn({bin, "--headless", "--realtime", "--scenario", scenario.string(), "--log",
+                               (dir.path() / "first.jsonl").string(), "--settings-dir", settings.string()},
+                              dir.path() / "first.err");
+    // Wait until the first copy holds the lock (it writes its process number there).
+    for (int i = 0; i < 200 && slurp(settings / "marrowvane.lock").empty(); ++i)
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    ASSERT_FALSE(slurp(settings / "marrowvane.lock").empty());
+
+    const auto t0 = std::chrono::steady_clock::now();
+    const pid_t second = spawn({bin, "--headless", "--scenario", scenario.string(), "--log",
+                                (dir.path() / "second.jsonl").string(), "--settings-dir", settings.string()},
+                               dir.path() / "second.err");
+    EXPECT_EQ(waitFor(second), 1);
+    EXPECT_LT(std::chrono::steady_clock::now() - t0, std::chrono::seconds(2)) << "the second copy must not wait";
+    EXPECT_NE(slurp(dir.path() / "second.err").find("already running"), std::string::npos);
+    EXPECT_EQ(slurp(dir.path() / "second.jsonl"), "") << "the second copy loaded nothing and called nothing";
+
+    EXPECT_EQ(waitFor(first), 0);
+    const std::string log = slurp(dir.path() / "first.jsonl");
+    EXPECT_NE(log.find("\"call\":\"SendChatText\""), std::string::npos);
+    EXPECT_NE(log.find("\"kind\":\"end\""), std::string::npos);
+}
+
+}  // namespace
