@@ -33,6 +33,18 @@ Suite::~Suite() {
 
 void addModuleWindows(Program& program) { program.addWindow(std::make_unique<HubWindow>(program)); }
 
-std::string installedVoiceFolder() { return MV_INSTALLED_VOICE_DIR "/"; }
+std::string installedVoiceFolder() {
+    // An installed program finds its voice beside it (bin/../share/...), so the
+    // install can be moved; a program run from its build tree uses the build's.
+    std::error_code ec;
+    const std::filesystem::path exe = std::filesystem::read_symlink("/proc/self/exe", ec);
+    if (!ec) {
+        const std::filesystem::path beside = exe.parent_path().parent_path() / "share" / "marrowvane" / "voice";
+        if (std::filesystem::exists(beside / "TheTimeIs.wav", ec)) return beside.string() + "/";
+    }
+    if (std::filesystem::exists(std::filesystem::path(MV_BUILD_VOICE_DIR) / "TheTimeIs.wav", ec))
+        return std::string(MV_BUILD_VOICE_DIR) + "/";
+    return std::string(MV_INSTALLED_VOICE_DIR) + "/";
+}
 
 }  // namespace mv

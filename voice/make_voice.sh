@@ -1,0 +1,58 @@
+#!/usr/bin/env bash
+# Builds the talking clock's default voice: every word file the clock asks
+# for, spoken by espeak-ng in US English, plus two bells and a short silence
+# made with sox. Usage: make_voice.sh OUTPUT_FOLDER
+set -euo pipefail
+out="$1"
+mkdir -p "$out"
+tmp="$(mktemp -d)"
+trap 'rm -rf "$tmp"' EXIT
+
+rate=22050
+# Each word is trimmed of the silence espeak puts around it, so the words of
+# an announcement follow one another as closely as a person would say them.
+say() {
+  local name="$1" text="$2"
+  espeak-ng -v en-us -s 150 -w "$tmp/raw.wav" "$text"
+  sox "$tmp/raw.wav" -r "$rate" -c 1 -b 16 "$out/$name.wav" \
+    silence 1 0.005 0.3% reverse silence 1 0.005 0.3% reverse pad 0.02 0.06
+}
+
+numbers=(zero one two three four five six seven eight nine ten eleven twelve thirteen fourteen
+         fifteen sixteen seventeen eighteen nineteen)
+tens=("" "" twenty thirty forty fifty)
+for n in $(seq 0 59); do
+  if [ "$n" -lt 20 ]; then word="${numbers[$n]}"
+  elif [ $((n % 10)) -eq 0 ]; then word="${tens[$((n / 10))]}"
+  else word="${tens[$((n / 10))]} ${numbers[$((n % 10))]}"
+  fi
+  say "$(printf '%02d' "$n")" "$word"
+done
+
+say TheTimeIs "The time is"
+say Hour "hours"
+say Minutes "minutes"
+say AM "A M"
+say PM "P M"
+say GoodMorning "Good morning"
+say GoodAfternoon "Good afternoon"
+say GoodEvening "Good evening"
+
+# Bells: struck tones that die away. The first falls a third, the second
+# rises through three notes.
+bell() {
+  local file="$1" freq="$2" len="$3"
+  local overtone
+  overtone="$(awk -v f="$freq" 'BEGIN { printf "%.2f", f * 2.01 }')"
+  sox -n -r "$rate" -c 2 -b 16 "$tmp/bell.wav" synth "$len" sine "$freq" sine "$overtone"
+  sox -V1 "$tmp/bell.wav" -c 1 "$file" remix 1v0.8,2v0.2 fade q 0.005 "$len" "$len" gain -3
+}
+bell "$tmp/d1.wav" 659.25 0.45
+bell "$tmp/d2.wav" 523.25 0.65
+sox "$tmp/d1.wav" "$tmp/d2.wav" "$out/DingDong.wav"
+bell "$tmp/e1.wav" 523.25 0.35
+bell "$tmp/e2.wav" 659.25 0.35
+bell "$tmp/e3.wav" 783.99 0.6
+sox "$tmp/e1.wav" "$tmp/e2.wav" "$tmp/e3.wav" "$out/DingDong2.wav"
+
+sox -n -r "$rate" -c 1 -b 16 "$out/Blank.wav" trim 0 0.25
