@@ -1,0 +1,175 @@
+#include "platform/audio/decoders.h"
+
+#include <fluidsynth.h>
+#include <sndfile.h>
+
+#include <algorithm>
+#include <cctype>
+#include <cmath>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+#include <mutex>
+
+#include "core/errors.h"
+
+namespace mv {
+namespace {
+
+constexpr int kMidiRate = 48000;
+// A MIDI file that has not ended after this long is treated as broken.
+constexpr int64_t kMaxMidiFrames = int64_t{kMidiRate} * 60 * 30;
+
+[[noreturn]] void fail(const std::string& path, const std::string& why) {
+    throw MediaError("cannot render \"" + path + "\": " + why);
+}
+
+std::string lowerExtension(const std::string& path) {
+    std::string ext = std::filesystem::path(path).extension().string();
+    for (char& c : ext) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+    return ext;
+}
+
+// libsndfile quietly shortens a WAV whose header promises more data than the
+// file holds; its log says "data : 96000 (should be 47978)". A file cut short
+// in transfer is refused rather than played as half a word.
+bool headerClaimsMoreThanFile(SNDFILE* file) {
+    char log[8192] = {};
+    sf_command(file, SFC_GET_LOG_INFO, log, sizeof log);
+    for (const char* p = std::strstr(log, "data :"); p; p = std::strstr(p + 1, "data :")) {
+        long long claimed = 0, actual = 0;
+        if (std::sscanf(p, "data : %lld (should be %lld)", &claimed, &actual) == 2 && claimed > actual &&
+            claimed != 0xFFFFFFFFLL)
+            return true;
+    }
+    return false;
+}
+
+PcmPtr decodeWithSndfile(const std::string& path) {
+    SF_INFO info{};
+    SNDFILE* file = sf_open(path.c_str(), SFM_READ, &info);
+    if (!file) fail(path, sf_strerror(nullptr));
+    struct Closer {
+        SNDFILE* f;
+        ~Closer() { sf_close(f); }
+    } closer{file};
+
+    if (info.channels < 1 || info.channels > 64) fail(path, "unusable channel count");
+    if (info.samplerate < 1000 || info.samplerate > 384000) fail(path, "unusable sample rate");
+    if (info.frames < 0 || info.frames * info.channels > kMaxDecodedSamples) fail(path, "too long to play");
+    if (headerClaimsMoreThanFile(file)) fail(path, "the file is truncated");
+
+    auto pcm = std::make_shared<Pcm>();
+    pcm->sampleRate = info.samplerate;
+    pcm->channels = std::min(info.channels, 2);
+    pcm->samples.reserve(static_cast<size_t>(info.frames) * pcm->channels);
+
+    // Read in blocks rather than trusting the header's frame count for one
+    // allocation; keep the first two channels of a multi-channel file.
+    constexpr sf_count_t kBlock = 8192;
+    std::vector<float> block(static_cast<size_t>(kBlock) * info.channels);
+    int64_t read = 0;
+    for (;;) {
+        const sf_count_t got = sf_readf_float(file, block.data(), kBlock);
+        if (got <= 0) break;
+        read += got;
+        if (read * info.channels > kMaxDecodedSamples) fail(path, "too long to play");
+        for (sf_count_t f = 0; f < got; ++f)
+            for (int c = 0; c < pcm->channels; ++c) pcm->samples.push_back(block[f * info.channels + c]);
+    }
+    if (sf_error(file) != SF_ERR_NO_ERROR) fail(path, sf_strerror(file));
+    // Compressed streams estimate their length from the header; a stream that
+    // yields clearly less than it announced was cut off.
+    if (read < info.frames - std::max<int64_t>(info.frames / 50, 4608)) fail(path, "the file is truncated");
+    for (float s : pcm->samples)
+        if (!std::isfinite(s)) fail(path, "the file holds invalid samples");
+    return pcm;
+}
+
+void quietFluidSynth() {
+    static std::once_flag once;
+    std::call_once(once, [] {
+        for (int level = FLUID_PANIC; level <= FLUID_DBG; ++level) fluid_set_log_function(level, nullptr, nullptr);
+    });
+}
+
+PcmPtr decodeMidi(const std::string& path) {
+    quietFluidSynth();
+    if (!fluid_is_midifile(path.c_str())) fail(path, "not a MIDI file");
+    const std::string soundFont = defaultSoundFont();
+    if (soundFont.empty()) fail(path, "no General MIDI soundfont is installed");
+
+    fluid_settings_t* settings = new_fluid_settings();
+    fluid_settings_setnum(settings, "synth.sample-rate", kMidiRate);
+    fluid_settings_setint(settings, "synth.reverb.active", 0);
+    fluid_settings_setint(settings, "synth.chorus.active", 0);
+    fluid_settings_setstr(settings, "player.timing-source", "sample");
+    fluid_settings_setint(settings, "synth.lock-memory", 0);
+    fluid_synth_t* synth = new_fluid_synth(settings);
+    fluid_player_t* player = synth ? new_fluid_player(synth) : nullptr;
+    struct Owner {
+        fluid_settings_t* s;
+        fluid_synth_t* y;
+        fluid_player_t* p;
+        ~Owner() {
+            if (p) delete_fluid_player(p);
+            if (y) delete_fluid_synth(y);
+            delete_fluid_settings(s);
+        }
+    } owner{settings, synth, player};
+    if (!player) fail(path, "the MIDI synthesiser could not start");
+    if (fluid_synth_sfload(synth, soundFont.c_str(), 1) == FLUID_FAILED) fail(path, "cannot load " + soundFont);
+    if (fluid_player_add(player, path.c_str()) != FLUID_OK) fail(path, "not a MIDI file");
+    if (fluid_player_play(player) != FLUID_OK) fail(path, "the MIDI file cannot be played");
+
+    auto pcm = std::make_shared<Pcm>();
+    pcm->sampleRate = kMidiRate;
+    pcm->channels = 2;
+    constexpr int kBlock = 64;
+    float left[kBlock], right[kBlock];
+    // The sound lasts exactly as long as the file's tracks do; the player
+    // itself would go on until the last note's release has died away.
+    auto tracksRunning = [player] {
+        if (fluid_player_get_status(player) != FLUID_PLAYER_PLAYING) return false;
+        const int total = fluid_player_get_total_ticks(player);
+        return total <= 0 || fluid_player_get_current_tick(player) < total;
+    };
+    while (tracksRunning()) {
+        if (fluid_synth_write_float(synth, kBlock, left, 0, 1, right, 0, 1) != FLUID_OK) fail(path, "synthesis failed");
+        for (int i = 0; i < kBlock; ++i) {
+            pcm->samples.push_back(left[i]);
+            pcm->samples.push_back(right[i]);
+        }
+        if (pcm->frames() > kMaxMidiFrames) fail(path, "the MIDI file does not end");
+    }
+    // Notes still sounding at the end are faded over 10 ms instead of clicking off.
+    const int64_t fade = std::min<int64_t>(pcm->frames(), kMidiRate / 100);
+    for (int64_t i = 0; i < fade; ++i) {
+        const float g = static_cast<float>(i) / static_cast<float>(fade);
+        const size_t at = static_cast<size_t>(pcm->frames() - 1 - i) * 2;
+        pcm->samples[at] *= g;
+        pcm->samples[at + 1] *= g;
+    }
+    return pcm;
+}
+
+}  // namespace
+
+std::string defaultSoundFont() {
+    if (const char* env = std::getenv("MARROWVANE_SOUNDFONT"); env && *env) return env;
+    for (const char* p : {"/usr/share/sounds/sf2/TimGM6mb.sf2", "/usr/share/sounds/sf2/default-GM.sf2",
+                          "/usr/share/sounds/sf2/FluidR3_GM.sf2", "/usr/share/soundfonts/default.sf2"}) {
+        std::error_code ec;
+        if (std::filesystem::is_regular_file(p, ec)) return p;
+    }
+    return {};
+}
+
+PcmPtr decodeAudioFile(const std::string& path) {
+    const std::string ext = lowerExtension(path);
+    if (ext == ".mid" || ext == ".midi") return decodeMidi(path);
+    return decodeWithSndfile(path);
+}
+
+}  // namespace mv
