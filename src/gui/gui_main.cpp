@@ -1,0 +1,51 @@
+#include "gui/gui_main.h"
+
+#include <QApplication>
+#include <QMessageBox>
+#include <fstream>
+#include <iostream>
+
+#include "app/suite.h"
+#include "gui/gui_session.h"
+#include "platform/instance_guard.h"
+#include "platform/settings_folder.h"
+
+namespace mv {
+
+int runGui(int argc, char** argv, const HeadlessOptions& options) {
+    QApplication app(argc, argv);
+    // Only the engine ends the program (quit prompts, host closing).
+    QApplication::setQuitOnLastWindowClosed(false);
+
+    std::ofstream logFile;
+    SuiteOptions so;
+    so.settingsDir = options.settingsDir.empty() ? defaultSettingsFolder() : std::filesystem::path(options.settingsDir);
+    so.defaultVoiceFolder = installedVoiceFolder();
+    if (!options.logPath.empty()) {
+        logFile.open(options.logPath, std::ios::binary | std::ios::app);
+        if (logFile) so.logStream = &logFile;
+        else std::cerr << "marrowvane: cannot write the log file " << options.logPath << '\n';
+    }
+    std::error_code ignored;
+    std::filesystem::create_directories(so.settingsDir, ignored);
+
+    FileInstanceGuard guard(so.settingsDir / "marrowvane.lock");
+    Suite suite(so);
+    GuiSession session(suite);
+    std::string message;
+    const Program::StartResult started = session.start(&guard, message);
+    if (started == Program::StartResult::AlreadyRunning) {
+        std::cerr << "marrowvane: " << message << '\n';
+        QMessageBox::warning(nullptr, QString::fromStdString(suite.program().product().name),
+                             QString::fromStdString(message));
+        return 1;
+    }
+    if (suite.program().ended()) return 0;
+    if (started != Program::StartResult::Started) {
+        std::cerr << "marrowvane: the hub could not start: " << message << '\n';
+        return 1;
+    }
+    return app.exec();
+}
+
+}  // namespace mv

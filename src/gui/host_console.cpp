@@ -1,0 +1,338 @@
+#include "gui/host_console.h"
+
+#include <QCheckBox>
+#include <QCloseEvent>
+#include <QFormLayout>
+#include <QGroupBox>
+#include <QHBoxLayout>
+#include <QHeaderView>
+#include <QLabel>
+#include <QLineEdit>
+#include <QListWidget>
+#include <QPlainTextEdit>
+#include <QPushButton>
+#include <QRegularExpressionValidator>
+#include <QScrollBar>
+#include <QSignalBlocker>
+#include <QSpinBox>
+#include <QTreeWidget>
+#include <QVBoxLayout>
+
+#include "core/controls.h"
+#include "core/event_log.h"
+#include "core/scheduler.h"
+
+namespace mv {
+namespace {
+
+constexpr int kRecordLines = 2000;
+constexpr int kListLines = 200;
+constexpr int kFlushMs = 100;
+
+QString qs(const std::string& s) { return QString::fromStdString(s); }
+
+// Questions the suite asks over and over; the record hides them unless asked.
+bool isQuery(const std::string& call) {
+    return call == "IsBusy" || call == "IsReceiving" || call == "IsTransmitting" || call == "IsCarrierDetected" ||
+           call == "IsConnectedTo" || call == "StationInfo";
+}
+
+QString valueText(const LogValue& v) {
+    return std::visit(
+        [](const auto& x) -> QString {
+            using T = std::decay_t<decltype(x)>;
+            if constexpr (std::is_same_v<T, bool>) return x ? QStringLiteral("true") : QStringLiteral("false");
+            else if constexpr (std::is_same_v<T, std::string>) return QLatin1Char('"') + qs(x) + QLatin1Char('"');
+            else return QString::number(x);
+        },
+        v);
+}
+
+void setLamp(QLabel& label, const QString& text, Rgb colour) {
+    if (label.text() != text) label.setText(text);
+    const QString style = QStringLiteral("color: rgb(%1,%2,%3); font-weight: bold;").arg(colour.r).arg(colour.g).arg(colour.b);
+    if (label.styleSheet() != style) label.setStyleSheet(style);
+}
+
+void appendCapped(QListWidget& list, const QString& text) {
+    list.addItem(text);
+    while (list.count() > kListLines) delete list.takeItem(0);
+    list.scrollToBottom();
+}
+
+QPushButton* button(const QString& caption, QWidget* parent, std::function<void()> onClick) {
+    auto* b = new QPushButton(caption, parent);
+    b->setAutoDefault(false);
+    QObject::connect(b, &QPushButton::clicked, std::move(onClick));
+    return b;
+}
+
+}  // namespace
+
+HostConsole::HostConsole(SimulatedHost& host, Scheduler& scheduler, EventLog& log, QWidget* parent)
+    : QWidget(parent, Qt::Window), m_host(host), m_scheduler(scheduler) {
+    setObjectName(QStringLiteral("hostConsole"));
+    setWindowTitle(QStringLiteral("Host console - simulated EchoLink node"));
+    auto* layout = new QHBoxLayout(this);
+    layout->addWidget(buildInjectors());
+    layout->addWidget(buildDisplays(), 1);
+
+    m_flushTimer.setSingleShot(true);
+    connect(&m_flushTimer, &QTimer::timeout, this, [this] { flushRecord(); });
+    m_toneWatch.setInterval(100);
+    connect(&m_toneWatch, &QTimer::timeout, this, [this] { refreshState(); });
+
+    m_host.setCommandListener([this](const SimulatedHost::Command& c) { onCommand(c); });
+    m_host.setStateListener([this] { refreshState(); });
+    // The log has no way to take a listener back; this one goes quiet with the console.
+    std::weak_ptr<bool> alive = m_alive;
+    log.addListener([this, alive](const LogRecord& r) {
+        if (!alive.expired()) onLogRecord(r);
+    });
+    refreshState();
+}
+
+HostConsole::~HostConsole() {
+    m_alive.reset();
+    m_host.setCommandListener(nullptr);
+    m_host.setStateListener(nullptr);
+}
+
+QWidget* HostConsole::buildInjectors() {
+    auto* panel = new QWidget(this);
+    auto* column = new QVBoxLayout(panel);
+    column->setContentsMargins(0, 0, 0, 0);
+
+    auto* node = new QGroupBox(QStringLiteral("Node"), panel);
+    auto* nodeLayout = new QVBoxLayout(node);
+    m_carrier = new QCheckBox(QStringLiteral("Local carrier (receiver hears a signal)"), node);
+    m_receiving = new QCheckBox(QStringLiteral("Internet receive (station talking)"), node);
+    m_busy = new QCheckBox(QStringLiteral("Busy"), node);
+    for (QCheckBox* c : {m_carrier, m_receiving, m_busy}) nodeLayout->addWidget(c);
+    connect(m_carrier, &QCheckBox::clicked, this, [this](bool on) { m_host.setCarrier(on); });
+    connect(m_receiving, &QCheckBox::clicked, this, [this](bool on) { m_host.setReceiving(on); });
+    connect(m_busy, &QCheckBox::clicked, this, [this](bool on) { m_host.setBusy(on); });
+    column->addWidget(node);
+
+    auto* dtmf = new QGroupBox(QStringLiteral("DTMF received over the air"), panel);
+    auto* dtmfLayout = new QHBoxLayout(dtmf);
+    auto* digits = new QLineEdit(dtmf);
+    digits->setObjectName(QStringLiteral("dtmfDigits"));
+    digits->setValidator(new QRegularExpressionValidator(QRegularExpression(QStringLiteral("[0-9*#A-Da-d]*")), digits));
+    auto sendDigits = [this, digits] {
+        const QString text = digits->text().toUpper();
+        if (text.isEmpty()) return;
+        m_host.receiveDTMF(text.toStdString());
+        digits->clear();
+    };
+    connect(digits, &QLineEdit::returnPressed, this, sendDigits);
+    dtmfLayout->addWidget(digits);
+    dtmfLayout->addWidget(button(QStringLiteral("Send"), dtmf, sendDigits));
+    column->addWidget(dtmf);
+
+    auto* station = new QGroupBox(QStringLiteral("Station"), panel);
+    auto* form = new QFormLayout(station);
+    auto* call = new QLineEdit(station);
+    auto* name = new QLineEdit(station);
+    auto* address = new QLineEdit(station);
+    call->setObjectName(QStringLiteral("stationCall"));
+    call->setPlaceholderText(QStringLiteral("e.g. EA4XYZ-L"));
+    form->addRow(QStringLiteral("Callsign"), call);
+    form->addRow(QStringLiteral("Name"), name);
+    form->addRow(QStringLiteral("Address"), address);
+    auto* stationButtons = new QHBoxLayout;
+    stationButtons->addWidget(button(QStringLiteral("Connect"), station, [this, call, name, address] {
+        const std::string c = call->text().trimmed().toStdString();
+        if (!c.empty()) m_host.stationConnects(c, name->text().toStdString(), address->text().toStdString());
+    }));
+    stationButtons->addWidget(button(QStringLiteral("Disconnect"), station, [this, call] {
+        const std::string c = call->text().trimmed().toStdString();
+        if (!c.empty()) m_host.stationDisconnects(c);
+    }));
+    form->addRow(stationButtons);
+    column->addWidget(station);
+
+    auto* chat = new QGroupBox(QStringLiteral("Chat received"), panel);
+    auto* chatLayout = new QHBoxLayout(chat);
+    auto* chatText = new QLineEdit(chat);
+    auto sendChat = [this, chatText] {
+        if (chatText->text().isEmpty()) return;
+        m_host.receiveChat(chatText->text().toStdString());
+        chatText->clear();
+    };
+    connect(chatText, &QLineEdit::returnPressed, this, sendChat);
+    chatLayout->addWidget(chatText);
+    chatLayout->addWidget(button(QStringLiteral("Send"), chat, sendChat));
+    column->addWidget(chat);
+
+    auto* settings = new QGroupBox(QStringLiteral("Node settings"), panel);
+    auto* settingsForm = new QFormLayout(settings);
+    auto* ownCall = new QLineEdit(qs(m_host.callsign), settings);
+    connect(ownCall, &QLineEdit::editingFinished, this, [this, ownCall] {
+        const QString c = ownCall->text().trimmed().toUpper();
+        if (!c.isEmpty()) m_host.callsign = c.toStdString();
+    });
+    auto* wpm = new QSpinBox(settings);
+    wpm->setRange(5, 60);
+    wpm->setValue(m_host.cwWpm);
+    wpm->setSuffix(QStringLiteral(" WPM"));
+    connect(wpm, &QSpinBox::valueChanged, this, [this](int v) { m_host.cwWpm = v; });
+    auto* pitch = new QSpinBox(settings);
+    pitch->setRange(200, 3000);
+    pitch->setValue(static_cast<int>(m_host.cwPitchHz));
+    pitch->setSuffix(QStringLiteral(" Hz"));
+    connect(pitch, &QSpinBox::valueChanged, this, [this](int v) { m_host.cwPitchHz = v; });
+    settingsForm->addRow(QStringLiteral("Own callsign"), ownCall);
+    settingsForm->addRow(QStringLiteral("Morse speed"), wpm);
+    settingsForm->addRow(QStringLiteral("Morse pitch"), pitch);
+    column->addWidget(settings);
+
+    column->addWidget(button(QStringLiteral("Host closing"), panel, [this] { m_host.closing(); }));
+    column->addStretch();
+    return panel;
+}
+
+QWidget* HostConsole::buildDisplays() {
+    auto* panel = new QWidget(this);
+    auto* column = new QVBoxLayout(panel);
+    column->setContentsMargins(0, 0, 0, 0);
+
+    auto* lines = new QGroupBox(QStringLiteral("Transmitter and serial lines"), panel);
+    auto* linesLayout = new QHBoxLayout(lines);
+    m_transmitter = new QLabel(lines);
+    m_dtr = new QLabel(lines);
+    m_rts = new QLabel(lines);
+    for (QLabel* l : {m_transmitter, m_dtr, m_rts}) linesLayout->addWidget(l);
+    linesLayout->addStretch();
+    column->addWidget(lines);
+
+    auto* stations = new QGroupBox(QStringLiteral("Connected stations"), panel);
+    auto* stationsLayout = new QVBoxLayout(stations);
+    m_stations = new QTreeWidget(stations);
+    m_stations->setHeaderLabels({QStringLiteral("Callsign"), QStringLiteral("Name"), QStringLiteral("Address")});
+    m_stations->setRootIsDecorated(false);
+    m_stations->setMaximumHeight(110);
+    stationsLayout->addWidget(m_stations);
+    column->addWidget(stations);
+
+    auto* sent = new QWidget(panel);
+    auto* sentLayout = new QHBoxLayout(sent);
+    sentLayout->setContentsMargins(0, 0, 0, 0);
+    auto* chatBox = new QGroupBox(QStringLiteral("Chat sent"), sent);
+    m_chatOut = new QListWidget(chatBox);
+    (new QVBoxLayout(chatBox))->addWidget(m_chatOut);
+    auto* morseBox = new QGroupBox(QStringLiteral("Morse sent"), sent);
+    m_morse = new QListWidget(morseBox);
+    (new QVBoxLayout(morseBox))->addWidget(m_morse);
+    for (QListWidget* l : {m_chatOut, m_morse}) l->setMaximumHeight(110);
+    sentLayout->addWidget(chatBox);
+    sentLayout->addWidget(morseBox);
+    column->addWidget(sent);
+
+    auto* record = new QGroupBox(QStringLiteral("Commands"), panel);
+    auto* recordLayout = new QVBoxLayout(record);
+    m_showQueries = new QCheckBox(QStringLiteral("Show queries (IsTransmitting, IsBusy, ...)"), record);
+    m_record = new QPlainTextEdit(record);
+    m_record->setReadOnly(true);
+    m_record->setMaximumBlockCount(kRecordLines);
+    m_record->setLineWrapMode(QPlainTextEdit::NoWrap);
+    m_record->setFont(QFont(QStringLiteral("Monospace")));
+    m_record->setMinimumSize(460, 220);
+    recordLayout->addWidget(m_showQueries);
+    recordLayout->addWidget(m_record);
+    column->addWidget(record, 1);
+    return panel;
+}
+
+void HostConsole::closeEvent(QCloseEvent* event) {
+    // Closing the panel only puts it away; the node keeps running.
+    event->accept();
+    hide();
+}
+
+QString HostConsole::stamp(int64_t monotonicMs) const {
+    const LocalDateTime t = m_scheduler.clock().localTimeAt(monotonicMs);
+    return qs(t.timeText()) + QLatin1Char('.') + QString::number(t.millisecond).rightJustified(3, QLatin1Char('0'));
+}
+
+void HostConsole::onCommand(const SimulatedHost::Command& c) {
+    if (c.call == "SendChatText" && !c.args.empty()) appendCapped(*m_chatOut, stamp(c.timeMs) + QLatin1Char(' ') + qs(c.args[0]));
+    if (c.call == "SendCW" && c.args.size() > 1) appendCapped(*m_morse, stamp(c.timeMs) + QLatin1Char(' ') + qs(c.args[1]));
+    if (isQuery(c.call) && !m_showQueries->isChecked()) return;
+    QStringList args;
+    for (const std::string& a : c.args) args << qs(a);
+    addRecordLine(stamp(c.timeMs) + QStringLiteral("  ") + qs(c.window).leftJustified(9) + qs(c.call) + QLatin1Char('(') +
+                  args.join(QStringLiteral(", ")) + QLatin1Char(')'));
+}
+
+void HostConsole::onLogRecord(const LogRecord& r) {
+    // Commands come from the host itself; the log adds what the host cannot see.
+    if (r.kind != "event" && r.kind != "error" && r.kind != "dialog" && r.kind != "end") return;
+    QStringList parts;
+    for (const LogField& f : r.fields) {
+        if (const auto* one = std::get_if<LogValue>(&f.value)) {
+            parts << qs(f.key) + QLatin1Char('=') + valueText(*one);
+        } else {
+            QStringList list;
+            for (const LogValue& v : std::get<std::vector<LogValue>>(f.value)) list << valueText(v);
+            parts << qs(f.key) + QStringLiteral("=[") + list.join(QStringLiteral(", ")) + QLatin1Char(']');
+        }
+    }
+    addRecordLine(stamp(m_scheduler.now()) + QStringLiteral("  ") + qs(r.kind).toUpper() + QLatin1Char(' ') +
+                  parts.join(QLatin1Char(' ')));
+}
+
+void HostConsole::addRecordLine(const QString& line) {
+    m_pendingLines << line;
+    if (m_pendingLines.size() > kRecordLines) m_pendingLines.removeFirst();
+    if (!m_flushTimer.isActive()) m_flushTimer.start(kFlushMs);
+}
+
+void HostConsole::flushRecord() {
+    if (m_pendingLines.isEmpty()) return;
+    m_record->appendPlainText(m_pendingLines.join(QLatin1Char('\n')));
+    m_pendingLines.clear();
+    m_record->verticalScrollBar()->setValue(m_record->verticalScrollBar()->maximum());
+}
+
+QStringList HostConsole::recordLines() {
+    flushRecord();
+    return m_record->toPlainText().split(QLatin1Char('\n'), Qt::SkipEmptyParts);
+}
+
+bool HostConsole::showingQueries() const { return m_showQueries->isChecked(); }
+
+void HostConsole::setShowQueries(bool on) { m_showQueries->setChecked(on); }
+
+void HostConsole::refreshState() {
+    const bool on = m_host.transmitting();
+    setLamp(*m_transmitter, on ? QStringLiteral("PTT ON") : QStringLiteral("PTT OFF"), on ? kPttOnRed : kPttOffGreen);
+    setLamp(*m_dtr, m_host.dtr() ? QStringLiteral("DTR on") : QStringLiteral("DTR off"), m_host.dtr() ? kPttOnRed : kBlack);
+    setLamp(*m_rts, m_host.rts() ? QStringLiteral("RTS on") : QStringLiteral("RTS off"), m_host.rts() ? kPttOnRed : kBlack);
+    // Keyed by its own tones, the host unkeys by itself when they end; nothing tells us.
+    const bool toneKeyed = on && !m_host.pttKeyed();
+    if (toneKeyed && !m_toneWatch.isActive()) m_toneWatch.start();
+    if (!toneKeyed && m_toneWatch.isActive()) m_toneWatch.stop();
+
+    for (auto [box, value] : {std::pair{m_carrier, m_host.carrier()}, std::pair{m_receiving, m_host.receiving()},
+                              std::pair{m_busy, m_host.busy()}}) {
+        if (box->isChecked() != value) {
+            const QSignalBlocker quiet(box);
+            box->setChecked(value);
+        }
+    }
+
+    const auto& stations = m_host.stations();
+    const bool same = m_stationsShown && stations.size() == m_shownStations.size() &&
+                      std::equal(stations.begin(), stations.end(), m_shownStations.begin(), [](const auto& a, const auto& b) {
+                          return a.first == b.first && a.second.name == b.second.name && a.second.address == b.second.address;
+                      });
+    if (same) return;
+    m_shownStations = stations;
+    m_stationsShown = true;
+    m_stations->clear();
+    for (const auto& [call, info] : stations)
+        m_stations->addTopLevelItem(new QTreeWidgetItem({qs(call), qs(info.name), qs(info.address)}));
+}
+
+}  // namespace mv

@@ -1,0 +1,94 @@
+// marrowvane-screenshots DIR: starts the suite offscreen with fresh settings,
+// shows every window, lets the node do a little (a station connects, a chat
+// asks for the version) and saves each window as DIR/<window>.png, the hub
+// once per tab, and the host console as DIR/host-console.png.
+#include <QApplication>
+#include <QDir>
+#include <QEventLoop>
+#include <QTabWidget>
+#include <QTemporaryDir>
+#include <QTimer>
+#include <iostream>
+
+#include "app/suite.h"
+#include "core/errors.h"
+#include "gui/gui_session.h"
+#include "gui/host_console.h"
+#include "gui/window_shell.h"
+
+namespace {
+
+void runFor(int ms) {
+    QEventLoop loop;
+    QTimer::singleShot(ms, &loop, &QEventLoop::quit);
+    loop.exec();
+}
+
+bool save(QWidget& widget, const QDir& dir, const QString& name) {
+    const QString path = dir.filePath(name + QStringLiteral(".png"));
+    if (widget.grab().save(path)) {
+        std::cout << path.toStdString() << '\n';
+        return true;
+    }
+    std::cerr << "marrowvane-screenshots: cannot write " << path.toStdString() << '\n';
+    return false;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    if (argc != 2) {
+        std::cerr << "usage: marrowvane-screenshots DIR\n";
+        return 2;
+    }
+    if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) qputenv("QT_QPA_PLATFORM", "offscreen");
+    QApplication app(argc, argv);
+    QApplication::setQuitOnLastWindowClosed(false);
+    const QDir out(QString::fromLocal8Bit(argv[1]));
+    if (!QDir().mkpath(out.absolutePath())) {
+        std::cerr << "marrowvane-screenshots: cannot create " << argv[1] << '\n';
+        return 1;
+    }
+    QTemporaryDir settings;
+    mv::SuiteOptions options;
+    options.settingsDir = settings.path().toStdString();
+    options.defaultVoiceFolder = mv::installedVoiceFolder();
+    mv::Suite suite(options);
+    mv::GuiSession session(suite);
+    std::string message;
+    if (session.start(nullptr, message) != mv::Program::StartResult::Started) {
+        std::cerr << "marrowvane-screenshots: the hub did not start: " << message << '\n';
+        return 1;
+    }
+    for (const auto& window : suite.program().windows()) {
+        try {
+            window->show();
+        } catch (const mv::ProgramEnded&) {
+            std::cerr << "marrowvane-screenshots: the program ended while showing " << window->name() << '\n';
+            return 1;
+        }
+    }
+    suite.host().stationConnects("EA4XYZ-L", "Juan", "Madrid");
+    suite.host().receiveChat("hola /ver/");
+    runFor(700);
+
+    bool ok = true;
+    for (const auto& window : suite.program().windows()) {
+        mv::ModuleWindow* shown = session.shell().windowFor(window->name());
+        if (!shown) continue;
+        const QString name = QString::fromStdString(window->name());
+        auto* tabs = shown->findChild<QTabWidget*>();
+        if (!tabs) {
+            ok &= save(*shown, out, name);
+            continue;
+        }
+        for (int i = 0; i < tabs->count(); ++i) {
+            tabs->setCurrentIndex(i);
+            runFor(50);
+            ok &= save(*shown, out, i == 0 ? name : name + QStringLiteral("-tab%1").arg(i + 1));
+        }
+        tabs->setCurrentIndex(0);
+    }
+    ok &= save(session.console(), out, QStringLiteral("host-console"));
+    return ok ? 0 : 1;
+}

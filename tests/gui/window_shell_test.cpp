@@ -1,0 +1,92 @@
+// Module windows as top-level windows: shown and hidden as the engine says,
+// the close box asking the window's close query, positions in twips both
+// ways, and fresh widgets after an unload.
+#include <gtest/gtest.h>
+
+#include <QLineEdit>
+#include <QTest>
+
+#include "gui/window_shell.h"
+#include "gui_rig.h"
+
+namespace mv::test {
+namespace {
+
+class WindowShellTest : public ::testing::Test {
+protected:
+    ModuleWindow* shown() { return shell.windowFor("panel"); }
+
+    GuiRig rig{true};
+    WindowShell shell{rig.program, [this](std::function<void()> f) { rig.scheduler.post(std::move(f)); }};
+};
+
+TEST_F(WindowShellTest, FollowsLoadShowHideAndCaption) {
+    EXPECT_EQ(shown(), nullptr);
+    rig.panel->load();
+    ASSERT_NE(shown(), nullptr);
+    EXPECT_FALSE(shown()->isVisible()) << "loaded windows start hidden";
+    EXPECT_TRUE(shown()->isWindow());
+    rig.panel->setCaption("Marrowvane    N0CALL   v1.0.0");
+    EXPECT_EQ(shown()->windowTitle(), "Marrowvane    N0CALL   v1.0.0");
+    rig.panel->show();
+    EXPECT_TRUE(shown()->isVisible());
+    rig.panel->hide();
+    EXPECT_FALSE(shown()->isVisible());
+    EXPECT_TRUE(rig.panel->isLoaded()) << "hiding keeps the window working";
+}
+
+TEST_F(WindowShellTest, CloseQueryAnsweredNoCancelsTheClose) {
+    rig.panel->show();
+    rig.dialogs.queueAnswer("No");
+    EXPECT_FALSE(shown()->close()) << "Qt must not close the window on its own";
+    EXPECT_TRUE(shown()->isVisible());
+    rig.dispatch();
+    EXPECT_TRUE(rig.panel->isLoaded());
+    ASSERT_NE(shown(), nullptr);
+    EXPECT_TRUE(shown()->isVisible());
+    EXPECT_EQ(rig.dialogs.pending(), 0u) << "the close query was asked";
+}
+
+TEST_F(WindowShellTest, CloseQueryAnsweredYesUnloadsAndAReloadBuildsAfresh) {
+    rig.panel->show();
+    rig.panel->text->setText("edited");
+    rig.dialogs.queueAnswer("Yes");
+    shown()->close();
+    rig.dispatch();
+    EXPECT_FALSE(rig.panel->isLoaded());
+    EXPECT_EQ(shown(), nullptr);
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+
+    rig.panel->show();
+    ASSERT_NE(shown(), nullptr);
+    auto* edit = qobject_cast<QLineEdit*>(shown()->view().widgetFor(*rig.panel->text));
+    ASSERT_NE(edit, nullptr);
+    EXPECT_EQ(edit->text(), "design");
+    QTest::keyClicks(edit, "!");
+    rig.dispatch();
+    EXPECT_EQ(rig.panel->text->text(), "design!") << "the new widgets are bound to the new controls";
+}
+
+TEST_F(WindowShellTest, PositionsInTwipsBothWays) {
+    rig.panel->move(1500, 3000);
+    rig.panel->show();
+    EXPECT_EQ(shown()->pos(), QPoint(100, 200));
+    rig.panel->move(3015, 450);
+    EXPECT_EQ(shown()->pos(), QPoint(201, 30));
+
+    shown()->move(40, 60);  // the operator drags the window
+    QCoreApplication::processEvents();
+    rig.dispatch();
+    EXPECT_EQ(rig.panel->leftTwips(), 600);
+    EXPECT_EQ(rig.panel->topTwips(), 900);
+
+    // A position between pixels is kept as it is, not rounded by the window's own echo.
+    rig.panel->move(607, 901);
+    QCoreApplication::processEvents();
+    rig.dispatch();
+    EXPECT_EQ(rig.panel->leftTwips(), 607);
+    EXPECT_EQ(rig.panel->topTwips(), 901);
+}
+
+}  // namespace
+}  // namespace mv::test

@@ -1,0 +1,269 @@
+// The renderer: every control kind as its Qt widget, engine changes shown
+// without operator action, operator changes run the engine's handlers once,
+// and nothing is repainted or re-posted when nothing changed.
+#include <gtest/gtest.h>
+
+#include <QCheckBox>
+#include <QComboBox>
+#include <QGroupBox>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPlainTextEdit>
+#include <QPushButton>
+#include <QRadioButton>
+#include <QSlider>
+#include <QTabWidget>
+#include <QTest>
+
+#include "gui/window_view.h"
+#include "gui_rig.h"
+
+namespace mv::test {
+namespace {
+
+template <class W>
+W* as(QWidget* w) {
+    return qobject_cast<W*>(w);
+}
+
+// Check and option buttons take clicks on their indicator, wherever the layout put it.
+void clickIndicator(QWidget* button) { QTest::mouseClick(button, Qt::LeftButton, {}, QPoint(6, button->height() / 2)); }
+
+class WindowViewTest : public ::testing::Test {
+protected:
+    void SetUp() override {
+        rig.panel->load();
+        view = std::make_unique<WindowView>(*rig.panel, host, [this](std::function<void()> f) { rig.scheduler.post(std::move(f)); });
+        p = rig.panel;
+        host.show();
+        QCoreApplication::processEvents();
+    }
+    QWidget* w(Control* c) { return view->widgetFor(*c); }
+    QSlider* slider() { return w(p->level)->findChild<QSlider*>(); }
+
+    GuiRig rig;
+    QWidget host;
+    std::unique_ptr<WindowView> view;
+    Panel* p = nullptr;
+};
+
+TEST_F(WindowViewTest, EachControlKindIsRenderedWithItsDesignState) {
+    ASSERT_NE(as<QLineEdit>(w(p->text)), nullptr);
+    EXPECT_EQ(as<QLineEdit>(w(p->text))->text(), "design");
+    EXPECT_EQ(as<QLineEdit>(w(p->upper))->maxLength(), 4);
+    ASSERT_NE(as<QPlainTextEdit>(w(p->notes)), nullptr);
+    EXPECT_EQ(as<QPlainTextEdit>(w(p->notes))->toPlainText(), "line one");
+
+    auto* check = as<QCheckBox>(w(p->check));
+    ASSERT_NE(check, nullptr);
+    EXPECT_TRUE(check->isTristate());
+    EXPECT_EQ(check->text(), "Enabled");
+    EXPECT_EQ(check->toolTip(), "Switches it on");
+
+    ASSERT_NE(as<QRadioButton>(w(p->optionA)), nullptr);
+    EXPECT_FALSE(as<QRadioButton>(w(p->optionA))->autoExclusive());
+
+    auto* lamp = as<QLabel>(w(p->lamp));
+    ASSERT_NE(lamp, nullptr);
+    EXPECT_EQ(lamp->text(), "PTT OFF");
+    EXPECT_EQ(lamp->palette().color(QPalette::WindowText), QColor(0, 128, 0));
+
+    ASSERT_NE(slider(), nullptr);
+    EXPECT_EQ(slider()->orientation(), Qt::Vertical);
+    EXPECT_EQ(slider()->minimum(), 0);
+    EXPECT_EQ(slider()->maximum(), 100);
+    EXPECT_EQ(slider()->value(), 40);
+    EXPECT_EQ(slider()->singleStep(), 5);
+    EXPECT_EQ(slider()->pageStep(), 20);
+    QStringList scale;
+    for (QLabel* l : w(p->level)->findChildren<QLabel*>()) scale << l->text();
+    EXPECT_EQ(scale, (QStringList{"100", "0"}));  // maximum at the top of a vertical scale
+
+    ASSERT_NE(as<QPushButton>(w(p->key)), nullptr);
+    auto* combo = as<QComboBox>(w(p->combo));
+    ASSERT_NE(combo, nullptr);
+    EXPECT_EQ(combo->count(), 3);
+    EXPECT_EQ(combo->currentText(), "green");
+
+    auto* frame = as<QGroupBox>(w(p->frame));
+    ASSERT_NE(frame, nullptr);
+    EXPECT_EQ(frame->title(), "Settings && more");  // '&' shown as typed, not as a shortcut
+    auto* tabs = as<QTabWidget>(w(p->tabs));
+    ASSERT_NE(tabs, nullptr);
+    ASSERT_EQ(tabs->count(), 2);
+    EXPECT_EQ(tabs->tabText(0), "First");
+    EXPECT_EQ(tabs->tabText(1), "Second");
+}
+
+TEST_F(WindowViewTest, ProgramChangesShowWithoutOperatorAction) {
+    p->text->setText("changed");
+    EXPECT_EQ(as<QLineEdit>(w(p->text))->text(), "changed");
+    p->notes->setText("a\r\nb");
+    EXPECT_EQ(as<QPlainTextEdit>(w(p->notes))->toPlainText(), "a\nb");
+
+    p->check->setValue(2);
+    EXPECT_EQ(as<QCheckBox>(w(p->check))->checkState(), Qt::PartiallyChecked);
+    p->check->setValue(1);
+    EXPECT_EQ(as<QCheckBox>(w(p->check))->checkState(), Qt::Checked);
+
+    p->optionA->setValue(true);
+    p->optionB->setValue(true);
+    EXPECT_FALSE(as<QRadioButton>(w(p->optionA))->isChecked());
+    EXPECT_TRUE(as<QRadioButton>(w(p->optionB))->isChecked());
+
+    p->lamp->set("PTT ON", kPttOnRed);
+    EXPECT_EQ(as<QLabel>(w(p->lamp))->text(), "PTT ON");
+    EXPECT_EQ(as<QLabel>(w(p->lamp))->palette().color(QPalette::WindowText), QColor(255, 0, 0));
+    p->lamp->setBackColor({0, 0, 255});
+    EXPECT_EQ(as<QLabel>(w(p->lamp))->palette().color(QPalette::Window), QColor(0, 0, 255));
+
+    p->level->setRange(10, 50);
+    p->level->setValue(45);
+    EXPECT_EQ(slider()->minimum(), 10);
+    EXPECT_EQ(slider()->maximum(), 50);
+    EXPECT_EQ(slider()->value(), 45);
+
+    p->combo->setItems({"one", "two"});
+    p->combo->setText("two");
+    EXPECT_EQ(as<QComboBox>(w(p->combo))->count(), 2);
+    EXPECT_EQ(as<QComboBox>(w(p->combo))->currentText(), "two");
+    p->combo->setText("free text");
+    EXPECT_EQ(as<QComboBox>(w(p->combo))->currentText(), "free text");
+
+    p->frame->setCaption("Renamed");
+    EXPECT_EQ(as<QGroupBox>(w(p->frame))->title(), "Renamed");
+    p->pageOne->setCaption("Uno");
+    EXPECT_EQ(as<QTabWidget>(w(p->tabs))->tabText(0), "Uno");
+    p->key->setCaption("Save & Exit");
+    EXPECT_EQ(as<QPushButton>(w(p->key))->text(), "Save && Exit");
+
+    p->other->setEnabled(false);
+    EXPECT_FALSE(w(p->other)->isEnabled());
+    p->other->setVisible(false);
+    EXPECT_TRUE(w(p->other)->isHidden());
+    p->other->setVisible(true);
+    EXPECT_FALSE(w(p->other)->isHidden());
+}
+
+TEST_F(WindowViewTest, ProgramChangesPostNothingBack) {
+    const uint64_t before = rig.scheduler.dispatchedMessages();
+    p->text->setText("x");
+    p->check->setValue(1);
+    p->optionB->setValue(true);
+    p->level->setValue(70);
+    p->combo->setText("blue");
+    p->notes->setText("y");
+    EXPECT_EQ(rig.scheduler.nextDueTime(), -1) << "a program change came back as an operator action";
+    rig.dispatch();
+    EXPECT_EQ(rig.scheduler.dispatchedMessages(), before);
+    EXPECT_EQ(p->ran, (std::vector<std::string>{"text:x", "check:1", "optB", "level:70", "combo:blue", "notes:y"}));
+}
+
+TEST_F(WindowViewTest, OperatorChangesRunTheEngineHandlersOnce) {
+    auto* edit = as<QLineEdit>(w(p->text));
+    edit->clear();
+    QTest::keyClicks(edit, "ab");
+    EXPECT_EQ(edit->text(), "ab");
+    EXPECT_EQ(p->text->text(), "design") << "handled before its turn on the engine thread";
+    rig.dispatch();
+    EXPECT_EQ(p->text->text(), "ab");
+    EXPECT_EQ(p->ran, (std::vector<std::string>{"text:a", "text:ab"}));
+    p->ran.clear();
+
+    clickIndicator(w(p->check));
+    rig.dispatch();
+    EXPECT_EQ(p->check->value(), 1);
+    EXPECT_EQ(as<QCheckBox>(w(p->check))->checkState(), Qt::Checked);
+    p->check->setValue(2);
+    p->ran.clear();
+    clickIndicator(w(p->check));  // greyed: a click clears it
+    rig.dispatch();
+    EXPECT_EQ(p->check->value(), 0);
+    EXPECT_EQ(as<QCheckBox>(w(p->check))->checkState(), Qt::Unchecked);
+
+    p->optionA->setValue(true);
+    p->ran.clear();
+    clickIndicator(w(p->optionB));
+    rig.dispatch();
+    EXPECT_TRUE(p->optionB->value());
+    EXPECT_FALSE(p->optionA->value());
+    EXPECT_FALSE(as<QRadioButton>(w(p->optionA))->isChecked());
+    EXPECT_TRUE(as<QRadioButton>(w(p->optionB))->isChecked());
+
+    slider()->triggerAction(QAbstractSlider::SliderPageStepAdd);
+    rig.dispatch();
+    EXPECT_EQ(p->level->value(), 60);
+
+    auto* combo = as<QComboBox>(w(p->combo));
+    QTest::keyClick(combo, Qt::Key_Down);
+    rig.dispatch();
+    EXPECT_EQ(p->combo->text(), "blue");
+
+    QTest::mouseClick(w(p->other), Qt::LeftButton);
+    rig.dispatch();
+    EXPECT_EQ(p->ran, (std::vector<std::string>{"optB", "level:60", "combo:blue", "other"}));
+}
+
+TEST_F(WindowViewTest, DigitsOnlyFieldRefusesATypedLetter) {
+    auto* edit = as<QLineEdit>(w(p->digits));
+    edit->setCursorPosition(1);
+    QTest::keyClicks(edit, "a");
+    EXPECT_EQ(edit->text(), "5");
+    rig.dispatch();
+    EXPECT_EQ(p->digits->text(), "5");
+    EXPECT_TRUE(p->ran.empty());
+    QTest::keyClicks(edit, "7x");
+    rig.dispatch();
+    EXPECT_EQ(edit->text(), "57");
+    EXPECT_EQ(p->ran, (std::vector<std::string>{"digits:57"}));
+
+    // The style changes at run time, as numeric fields get it at every change.
+    p->digits->setDigitsOnly(false);
+    QTest::keyClicks(edit, "k");
+    rig.dispatch();
+    EXPECT_EQ(p->digits->text(), "57k");
+}
+
+TEST_F(WindowViewTest, UpperCaseFieldShowsAndStoresCapitals) {
+    auto* edit = as<QLineEdit>(w(p->upper));
+    QTest::keyClicks(edit, "k1abz");
+    EXPECT_EQ(edit->text(), "K1AB");  // and the maximum length holds
+    rig.dispatch();
+    EXPECT_EQ(p->upper->text(), "K1AB");
+}
+
+TEST_F(WindowViewTest, UnchangedValuesCostNoRepaint) {
+    struct PaintCounter : QObject {
+        int paints = 0;
+        bool eventFilter(QObject*, QEvent* e) override {
+            if (e->type() == QEvent::Paint) ++paints;
+            return false;
+        }
+    } counter;
+    QWidget* lamp = w(p->lamp);
+    QWidget* edit = w(p->text);
+    lamp->installEventFilter(&counter);
+    edit->installEventFilter(&counter);
+    for (int i = 0; i < 50; ++i) {
+        view->sync(*p->lamp);  // what a 10 ms timer rewriting the same caption amounts to
+        view->sync(*p->text);
+        p->lamp->set("PTT OFF", kPttOffGreen);
+        QCoreApplication::processEvents();
+    }
+    EXPECT_EQ(counter.paints, 0);
+    p->lamp->set("PTT ON", kPttOnRed);
+    QCoreApplication::processEvents();
+    EXPECT_GT(counter.paints, 0) << "the counter sees real repaints";
+}
+
+TEST_F(WindowViewTest, ActionsPostedBeforeTheWindowGoesAreDropped) {
+    QTest::mouseClick(w(p->other), Qt::LeftButton);
+    view.reset();
+    rig.panel->unload();
+    rig.dispatch();  // would touch a destroyed control if it ran
+    EXPECT_FALSE(rig.panel->isLoaded());
+    EXPECT_TRUE(rig.panel->ran.empty());
+}
+
+}  // namespace
+}  // namespace mv::test
