@@ -136,6 +136,14 @@ int runHeadless(const HeadlessOptions& options) {
 
     FileInstanceGuard guard(so.settingsDir / "marrowvane.lock");
     Suite suite(so);
+    if (!options.recordPath.empty()) {
+        try {
+            suite.air().startRecording(options.recordPath);
+        } catch (const MediaError& e) {
+            std::cerr << "marrowvane: " << e.what() << '\n';
+            return 1;
+        }
+    }
     Scheduler& scheduler = suite.scheduler();
     Program& program = suite.program();
     std::string message;
@@ -180,6 +188,8 @@ int runHeadless(const HeadlessOptions& options) {
         runTo(scenario.endMs);
         if (!program.ended()) suite.log().end("scenario");
     }
+    // The air up to the last millisecond of the run goes into the recording.
+    suite.air().stopRecording();
     return 0;
 }
 

@@ -16,11 +16,18 @@ Suite::Suite(const SuiteOptions& options) {
     m_log.setTimeSource([this] { return m_clock->localTimeAt(m_clock->monotonicMs()); });
     m_log.setStream(options.logStream);
     m_scheduler->setErrorSink([this](const std::string& message) { m_log.error("", message); });
+    m_air = std::make_unique<Air>(*m_clock, [this](const std::string& note) { m_log.error("", "audio: " + note); });
     m_host = std::make_unique<SimulatedHost>(*m_scheduler, m_log);
+    m_host->setToneSink([this](const ToneBurst& b) {
+        m_air->mixer().addTone(b.startMs, b.durationMs, b.frequency1, b.frequency2);
+    });
+    m_host->setTransmitterListener([this](bool ptt, int64_t toneKeyedUntilMs) {
+        m_air->mixer().setTransmitter(ptt, toneKeyedUntilMs);
+    });
     m_settings = std::make_unique<SettingsStore>(options.settingsDir);
     m_scripted = std::make_unique<ScriptedDialogs>(m_log);
     m_dialogs = std::make_unique<DialogsProxy>(*m_scripted);
-    m_program = std::make_unique<Program>(Services{*m_scheduler, *m_host, *m_settings, *m_dialogs, m_log, nullptr});
+    m_program = std::make_unique<Program>(Services{*m_scheduler, *m_host, *m_settings, *m_dialogs, m_log, &m_air->media()});
     if (!options.defaultVoiceFolder.empty()) m_program->setDefaultVoiceFolder(options.defaultVoiceFolder);
     addModuleWindows(*m_program);
 }
@@ -29,6 +36,7 @@ Suite::~Suite() {
     // Windows (and their host objects and timers) go first.
     m_program.reset();
     m_host.reset();
+    m_air.reset();
 }
 
 void addModuleWindows(Program& program) { program.addWindow(std::make_unique<HubWindow>(program)); }

@@ -13,6 +13,7 @@
 #include "core/program.h"
 #include "core/scheduler.h"
 #include "core/settings_store.h"
+#include "platform/audio/air.h"
 #include "platform/simulated_host.h"
 
 namespace mv {
@@ -54,12 +55,16 @@ public:
     DialogsProxy& dialogs() { return *m_dialogs; }
     Program& program() { return *m_program; }
     VirtualClock* virtualClock() { return m_virtualClock; }
+    // What goes out over the radio: graphs, host tones, the device and the
+    // recorder (`air().startRecording(path)` for --record and the GUI).
+    Air& air() { return *m_air; }
 
 private:
     std::unique_ptr<Clock> m_clock;
     VirtualClock* m_virtualClock = nullptr;
     std::unique_ptr<Scheduler> m_scheduler;
     EventLog m_log;
+    std::unique_ptr<Air> m_air;
     std::unique_ptr<SimulatedHost> m_host;
     std::unique_ptr<SettingsStore> m_settings;
     std::unique_ptr<ScriptedDialogs> m_scripted;

@@ -20,6 +20,24 @@ class Dialogs;
 class EventLog;
 class MediaFactory;
 
+class Window;
+
+// What a window hands to a component it owns (its player strip, a countdown)
+// so the component can add named controls and timers that live and die with
+// the window's own. Only the window can make one, from inside itself.
+class WindowParts {
+public:
+    template <class T, class... Args>
+    T& make(Args&&... args);
+    Timer& makeTimer(std::string name, int intervalMs, bool enabled, std::function<void()> onTick);
+    Window& window() { return m_window; }
+
+private:
+    friend class Window;
+    explicit WindowParts(Window& window) : m_window(window) {}
+    Window& m_window;
+};
+
 class Window : public HostEvents {
 public:
     Window(Program& program, std::string name);
@@ -78,6 +96,7 @@ protected:
         return ref;
     }
     OptionGroup& makeGroup();
+    WindowParts parts() { return WindowParts(*this); }
     void setRoot(Container& root) { m_root = &root; }
     Timer& makeTimer(std::string name, int intervalMs, bool enabled, std::function<void()> onTick);
     // Creates this window's host object and subscribes it to the host's events.
@@ -89,6 +108,7 @@ protected:
     EventLog& log();
 
 private:
+    friend class WindowParts;
     void adopt(std::unique_ptr<Control> control);
     void destroyContents();
 
@@ -106,5 +126,14 @@ private:
     std::vector<std::unique_ptr<Timer>> m_timers;
     std::unique_ptr<HostObject> m_host;
 };
+
+template <class T, class... Args>
+T& WindowParts::make(Args&&... args) {
+    return m_window.make<T>(std::forward<Args>(args)...);
+}
+
+inline Timer& WindowParts::makeTimer(std::string name, int intervalMs, bool enabled, std::function<void()> onTick) {
+    return m_window.makeTimer(std::move(name), intervalMs, enabled, std::move(onTick));
+}
 
 }  // namespace mv

@@ -267,11 +267,13 @@ void SimulatedHost::disconnectAll() {
 void SimulatedHost::setPtt(bool on) {
     if (on == m_ptt) return;
     m_ptt = on;
+    if (m_transmitterListener) m_transmitterListener(m_ptt, m_toneKeyedUntil);
     changed();
 }
 
 void SimulatedHost::keyToneUntil(int64_t endMs) {
     m_toneKeyedUntil = std::max(m_toneKeyedUntil, endMs);
+    if (m_transmitterListener) m_transmitterListener(m_ptt, m_toneKeyedUntil);
     changed();
 }
 

@@ -84,6 +84,11 @@ public:
     void setCommandListener(std::function<void(const Command&)> listener) { m_commandListener = std::move(listener); }
     // Where the host's own tones go (the air mixer).
     void setToneSink(std::function<void(const ToneBurst&)> sink) { m_toneSink = std::move(sink); }
+    // The air: told the transmitter's state whenever it changes, as PTT and
+    // the time until which the host keys itself for its own tones.
+    void setTransmitterListener(std::function<void(bool ptt, int64_t toneKeyedUntilMs)> listener) {
+        m_transmitterListener = std::move(listener);
+    }
     // Something that wants to hear of state changes (the host console).
     void setStateListener(std::function<void()> listener) { m_stateListener = std::move(listener); }
 
@@ -139,6 +144,7 @@ private:
     std::function<void(const Command&)> m_commandListener;
     std::function<void(const ToneBurst&)> m_toneSink;
     std::function<void()> m_stateListener;
+    std::function<void(bool, int64_t)> m_transmitterListener;
 
     friend class SimulatedHostObject;
 };

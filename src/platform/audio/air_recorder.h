@@ -56,6 +56,8 @@ public:
     int64_t frames() const { return static_cast<int64_t>(m_left.size()); }
     double lengthMs() const { return static_cast<double>(frames()) / kAirFramesPerMs; }
     const std::vector<Span>& keyedSpans() const { return m_keyed; }
+    const std::vector<float>& left() const { return m_left; }
+    const std::vector<float>& right() const { return m_right; }
     bool keyedAtMs(double ms) const;
 
     // Loudest sample, either channel, while the transmitter was not keyed.
