@@ -111,6 +111,14 @@ void writeMidi(const std::string& path, double seconds) {
     writeBytes(path, file);
 }
 
+std::vector<FormatSample> writeOneOfEachFormat(const ScratchDir& dir) {
+    writeWav(dir.file("a.wav"), 1.0, 44100);
+    writeMp3(dir.file("a.mp3"), 1.0);
+    writeMp2(dir.file("a.mp2"), 42);
+    writeMidi(dir.file("a.mid"), 1.0);
+    return {{"a.wav", 1.0, 1e-9}, {"a.mp3", 1.0, 0.001}, {"a.mp2", 42 * 1152 / 48000.0, 0.001}, {"a.mid", 1.0, 0.02}};
+}
+
 void writeBytes(const std::string& path, const std::vector<uint8_t>& bytes) {
     std::ofstream out(path, std::ios::binary | std::ios::trunc);
     out.write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));

@@ -31,6 +31,15 @@ void writeMp3(const std::string& path, double seconds);
 void writeMp2(const std::string& path, int frames);
 // One note held `seconds`, then the end of the track.
 void writeMidi(const std::string& path, double seconds);
+// One short file of each format the suite plays, with its expected length
+// and how closely its decoder keeps to it.
+struct FormatSample {
+    std::string file;
+    double seconds;
+    double tolerance;
+};
+std::vector<FormatSample> writeOneOfEachFormat(const ScratchDir& dir);
+
 void writeBytes(const std::string& path, const std::vector<uint8_t>& bytes);
 std::vector<uint8_t> readBytes(const std::string& path);
 

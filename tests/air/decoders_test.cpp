@@ -18,17 +18,7 @@ using test::ScratchDir;
 
 TEST(Decoders, EachFormatDecodesToItsLength) {
     ScratchDir dir;
-    test::writeWav(dir.file("a.wav"), 1.25, 44100);
-    test::writeMp3(dir.file("a.mp3"), 1.0);
-    test::writeMp2(dir.file("a.mp2"), 42);
-    test::writeMidi(dir.file("a.mid"), 1.0);
-    struct Case {
-        const char* file;
-        double seconds;
-        double tolerance;
-    };
-    for (const Case& c : {Case{"a.wav", 1.25, 1e-9}, Case{"a.mp3", 1.0, 0.001}, Case{"a.mp2", 42 * 1152 / 48000.0, 0.001},
-                          Case{"a.mid", 1.0, 0.02}}) {
+    for (const test::FormatSample& c : test::writeOneOfEachFormat(dir)) {
         SCOPED_TRACE(c.file);
         const PcmPtr pcm = decodeAudioFile(dir.file(c.file));
         EXPECT_NEAR(pcm->seconds(), c.seconds, c.tolerance);

@@ -118,15 +118,21 @@ TEST_F(HostTonesTest, PttKeyingIsRecordedAlongsideTheAir) {
     EXPECT_FALSE(rec.keyedAtMs(760));
 }
 
+// A headless run of `scenario` recording to `recordPath`.
+HeadlessOptions recordedRun(const test::ScratchDir& dir, const std::string& scenario, const std::string& recordPath) {
+    std::ofstream(dir.file("run.scn")) << scenario;
+    HeadlessOptions o;
+    o.scenarioPath = dir.file("run.scn");
+    o.logPath = dir.file("log.jsonl");
+    o.recordPath = recordPath;
+    o.settingsDir = dir.path().string();
+    return o;
+}
+
 TEST(HeadlessRecord, RecordsTheWholeRunUnkeyedWhenNothingPlays) {
     test::ScratchDir dir;
-    const std::string scenario = dir.file("quiet.scn");
-    std::ofstream(scenario) << "start 2026-11-22 14:00:00\n+2s rx on\n+500ms rx off\n+1s end\n";
-    HeadlessOptions o;
-    o.scenarioPath = scenario;
-    o.logPath = dir.file("log.jsonl");
-    o.recordPath = dir.file("air.wav");
-    o.settingsDir = dir.path().string();
+    const HeadlessOptions o =
+        recordedRun(dir, "start 2026-11-22 14:00:00\n+2s rx on\n+500ms rx off\n+1s end\n", dir.file("air.wav"));
     ASSERT_EQ(runHeadless(o), 0);
     const AirRecording rec = AirRecording::load(o.recordPath);
     EXPECT_EQ(rec.lengthMs(), 3500);
@@ -136,14 +142,7 @@ TEST(HeadlessRecord, RecordsTheWholeRunUnkeyedWhenNothingPlays) {
 
 TEST(HeadlessRecord, AnUnwritableRecordingStopsTheRunBeforeItStarts) {
     test::ScratchDir dir;
-    const std::string scenario = dir.file("quiet.scn");
-    std::ofstream(scenario) << "start 2026-11-22 14:00:00\n+1s end\n";
-    HeadlessOptions o;
-    o.scenarioPath = scenario;
-    o.logPath = dir.file("log.jsonl");
-    o.recordPath = dir.file("no/such/folder/air.wav");
-    o.settingsDir = dir.path().string();
-    EXPECT_EQ(runHeadless(o), 1);
+    EXPECT_EQ(runHeadless(recordedRun(dir, "start 2026-11-22 14:00:00\n+1s end\n", dir.file("no/such/folder/air.wav"))), 1);
 }
 
 }  // namespace
