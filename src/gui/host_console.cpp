@@ -268,18 +268,20 @@ void HostConsole::onCommand(const SimulatedHost::Command& c) {
 void HostConsole::onLogRecord(const LogRecord& r) {
     // Commands come from the host itself; the log adds what the host cannot see.
     if (r.kind != "event" && r.kind != "error" && r.kind != "dialog" && r.kind != "end") return;
+    QString name;
     QStringList parts;
     for (const LogField& f : r.fields) {
         if (const auto* one = std::get_if<LogValue>(&f.value)) {
-            parts << qs(f.key) + QLatin1Char('=') + valueText(*one);
+            if (f.key == "event" && std::holds_alternative<std::string>(*one)) name = qs(std::get<std::string>(*one));
+            else parts << (f.key == "message" || f.key == "reason" ? QString() : qs(f.key) + QLatin1Char('=')) + valueText(*one);
         } else {
             QStringList list;
             for (const LogValue& v : std::get<std::vector<LogValue>>(f.value)) list << valueText(v);
-            parts << qs(f.key) + QStringLiteral("=[") + list.join(QStringLiteral(", ")) + QLatin1Char(']');
+            parts << QLatin1Char('(') + list.join(QStringLiteral(", ")) + QLatin1Char(')');
         }
     }
-    addRecordLine(stamp(m_scheduler.now()) + QStringLiteral("  ") + qs(r.kind).toUpper() + QLatin1Char(' ') +
-                  parts.join(QLatin1Char(' ')));
+    const QString what = name.isEmpty() ? parts.join(QLatin1Char(' ')) : name + parts.join(QLatin1Char(' '));
+    addRecordLine(stamp(m_scheduler.now()) + QStringLiteral("  ") + qs(r.kind).toUpper().leftJustified(9) + what);
 }
 
 void HostConsole::addRecordLine(const QString& line) {

@@ -248,6 +248,7 @@ QWidget* WindowView::build(Control& control, QWidget* parent) {
             auto* frame = new QWidget(parent);
             auto* widget = new QSlider(vertical ? Qt::Vertical : Qt::Horizontal, frame);
             widget->setTickPosition(vertical ? QSlider::TicksRight : QSlider::TicksBelow);
+            if (vertical) widget->setMinimumHeight(90);
             QBoxLayout* layout = vertical ? static_cast<QBoxLayout*>(new QHBoxLayout(frame))
                                           : static_cast<QBoxLayout*>(new QVBoxLayout(frame));
             layout->setContentsMargins(0, 0, 0, 0);
@@ -258,9 +259,8 @@ QWidget* WindowView::build(Control& control, QWidget* parent) {
                 QBoxLayout* scaleLayout = vertical ? static_cast<QBoxLayout*>(new QVBoxLayout(scale))
                                                    : static_cast<QBoxLayout*>(new QHBoxLayout(scale));
                 scaleLayout->setContentsMargins(0, 0, 0, 0);
-                // A vertical slider has its minimum at the bottom.
-                std::vector<std::string> labels = slider.scaleLabels;
-                if (vertical) std::reverse(labels.begin(), labels.end());
+                // Listed as drawn: left to right, or top (the maximum) to bottom.
+                const auto& labels = slider.scaleLabels;
                 for (size_t i = 0; i < labels.size(); ++i) {
                     if (i > 0) scaleLayout->addStretch();
                     scaleLayout->addWidget(new QLabel(qs(labels[i]), scale));

@@ -89,7 +89,7 @@ protected:
         auto& pageTwo = tabs->add(make<Container>("page2", ContainerKind::TabPage, "Second"));
         level = &pageOne->add(make<Slider>("LEVEL", 0, 100, 40, Orientation::Vertical));
         level->setSteps(5, 20);
-        level->scaleLabels = {"0", "100"};
+        level->scaleLabels = {"100", "0"};
         combo = &pageTwo.add(make<ComboBox>("COMBO"));
         combo->setItems({"red", "green", "blue"});
         combo->setText("green");

@@ -77,7 +77,7 @@ TEST_F(WindowViewTest, EachControlKindIsRenderedWithItsDesignState) {
     EXPECT_EQ(slider()->pageStep(), 20);
     QStringList scale;
     for (QLabel* l : w(p->level)->findChildren<QLabel*>()) scale << l->text();
-    EXPECT_EQ(scale, (QStringList{"100", "0"}));  // maximum at the top of a vertical scale
+    EXPECT_EQ(scale, (QStringList{"100", "0"}));  // top to bottom, in the order listed
 
     ASSERT_NE(as<QPushButton>(w(p->key)), nullptr);
     auto* combo = as<QComboBox>(w(p->combo));
