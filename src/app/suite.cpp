@@ -1,6 +1,6 @@
 #include "app/suite.h"
 
-#include "core/hub_window.h"
+#include "clock/clock_window.h"
 
 namespace mv {
 
@@ -39,7 +39,7 @@ Suite::~Suite() {
     m_air.reset();
 }
 
-void addModuleWindows(Program& program) { program.addWindow(std::make_unique<HubWindow>(program)); }
+void addModuleWindows(Program& program) { program.addWindow(std::make_unique<ClockWindow>(program)); }
 
 std::string installedVoiceFolder() {
     // An installed program finds its voice beside it (bin/../share/...), so the

@@ -1,0 +1,183 @@
+#include "clock/clock_window.h"
+
+#include <cstdio>
+
+#include "core/dialogs.h"
+#include "core/errors.h"
+#include "core/event_log.h"
+#include "core/program.h"
+
+namespace mv {
+
+ClockWindow::ClockWindow(Program& program) : HubWindow(program), m_player(*this) {}
+
+ClockWindow::~ClockWindow() = default;
+
+void ClockWindow::build() {
+    HubWindow::build();
+    PlayerStripOptions o;
+    o.progress = PlayerStripOptions::Progress::PlainSeconds;
+    o.ptt = m_ptt;
+    o.volumeSlider = m_volume;
+    o.volSet = m_volSet;
+    o.applyVolumeAndRateAtLoad = true;
+    // The clock releases the transmitter through its own check, which also
+    // waits for the sequence to finish.
+    o.releaseCheck = false;
+    // A voice file that will not play is reported by the composer.
+    o.onRenderError = [](const std::string&, const std::string&) {};
+    auto& area = playerStripArea();
+    Button& play = area.add(make<Button>("btnPlay", "Play"));
+    play.onClick = [this] { playButton(); };
+    m_player.build(parts(), area, std::move(o));
+
+    m_composer = std::make_unique<AnnouncementComposer>(ComposerContext{
+        m_player,
+        *controlAs<CheckBox>("CHECK1"),
+        *controlAs<CheckBox>("CHECK2"),
+        *controlAs<OptionButton>("OPTION5"),
+        *controlAs<OptionButton>("OPTION6"),
+        *controlAs<CheckBox>("AMPM"),
+        *m_hh,
+        *m_mm,
+        *m_amPm,
+        *controlAs<TextBox>("FILELOCATION"),
+        *controlAs<OptionButton>("OPTIONWAV"),
+        [this] { return scheduler().wallNow().hour; },
+        [this](bool on) {
+            if (m_poll) m_poll->setEnabled(on);
+        },
+        [this](const std::string& path, const std::string&) { voiceFilesMissing(path); },
+    });
+    m_sayTheTime->onClick = [this] { sayTheTime(); };
+    m_connectButton->onClick = [this] { connectButton(); };
+}
+
+void ClockWindow::afterSettingsLoaded() {
+    m_composer->setSequenceActive(false);
+    refreshTimeFields(scheduler().wallNow());
+}
+
+void ClockWindow::startClockTimers() {
+    makeTimer("ClockTick", 1000, true, [this] { clockTick(); });
+    makeTimer("VoiceFollower", 100, true, [this] { followVoice(); });
+    makeTimer("ReleaseCheck", 1000, true, [this] { m_composer->checkRelease(); });
+    makeTimer("AutoConnect", 60000, true, [this] { autoConnect(); });
+    m_poll = &makeTimer("SequencePoll", 1, false, [this] { m_composer->pollSequence(); });
+}
+
+void ClockWindow::onUnload() {
+    m_player.cleanUp();
+    m_player.release();
+    m_composer.reset();
+    m_poll = nullptr;
+}
+
+void ClockWindow::refreshTimeFields(const LocalDateTime& now) {
+    char buf[8];
+    const bool twelve = controlAs<OptionButton>("OPTION1")->value();
+    const int hour12 = now.hour % 12 == 0 ? 12 : now.hour % 12;
+    std::snprintf(buf, sizeof buf, "%02d", twelve ? hour12 : now.hour);
+    m_hh->setText(buf);
+    std::snprintf(buf, sizeof buf, "%02d", now.minute);
+    m_mm->setText(buf);
+    m_amPm->setText(now.hour < 12 ? "AM" : "PM");
+}
+
+void ClockWindow::clockTick() {
+    const LocalDateTime now = scheduler().wallNow();
+    m_showTheTime->setCaption(now.timeText());
+    if (channelBusy(host())) return;
+    refreshTimeFields(now);
+    if (host().isCarrierDetected()) return;
+    const std::string t = now.timeText().substr(3);  // "mm:ss"
+    if (t == "00:00" && controlAs<CheckBox>("ONHOUR")->ticked()) startAnnouncement();
+    if ((t == "15:00" || t == "45:00") && controlAs<CheckBox>("QUARTERHOUR")->ticked()) startAnnouncement();
+    if (t == "30:00" && controlAs<CheckBox>("HALFHOUR")->ticked()) startAnnouncement();
+}
+
+void ClockWindow::startAnnouncement() {
+    AnnouncementComposer& c = *m_composer;
+    if (!c.loadFile()) return;
+    c.applySliders();
+    m_player.run();
+    m_player.seek(0);
+    c.setStep(c.startValue());
+    c.setNextStep(c.startValue());
+    m_poll->setEnabled(true);
+}
+
+void ClockWindow::announceFromTheTime() {
+    AnnouncementComposer& c = *m_composer;
+    if (!c.loadFile()) return;
+    c.applySliders();
+    m_player.run();
+    m_player.seek(0);
+    c.setStep(1);
+    c.setNextStep(1);
+    m_poll->setEnabled(true);
+}
+
+void ClockWindow::onDTMFString(const std::string& digits) {
+    if (digits == controlAs<TextBox>("TEXT38")->text()) controlAs<CheckBox>("CHECK3")->click();
+    if (digits == controlAs<TextBox>("TEXT39")->text()) controlAs<CheckBox>("CONDISC")->click();
+    if (digits == controlAs<TextBox>("DTMFTIME")->text()) ignoreErrors([this] { announceFromTheTime(); });
+}
+
+void ClockWindow::followVoice() {
+    for (size_t v = 1; v < m_voiceSelectors.size(); ++v)
+        m_voiceSelectors[v]->setEnabled(!m_voiceFolders[v]->text().empty());
+    for (size_t v = 0; v < m_voiceSelectors.size(); ++v) {
+        if (!m_voiceSelectors[v]->value()) continue;
+        controlAs<TextBox>("FILELOCATION")->setText(m_voiceFolders[v]->text());
+        controlAs<OptionButton>(m_voiceWav[v]->value() ? "OPTIONWAV" : "OPTIONMP3")->setValue(true);
+    }
+}
+
+void ClockWindow::autoConnect() {
+    const std::string conference = controlAs<TextBox>("TEXT37")->text();
+    if (conference.empty() || !controlAs<CheckBox>("CHECK3")->ticked()) return;
+    ignoreErrors([&] {
+        if (!host().isConnectedTo(conference)) host().connect(conference, true);
+    });
+}
+
+void ClockWindow::connectButton() {
+    const std::string conference = controlAs<TextBox>("TEXT37")->text();
+    if (conference.empty()) return;
+    ignoreErrors([&] {
+        if (host().isConnectedTo(conference))
+            host().disconnect(conference);
+        else
+            host().connect(conference, true);
+    });
+}
+
+void ClockWindow::sayTheTime() {
+    if (channelBusy(host())) return;
+    startAnnouncement();
+}
+
+void ClockWindow::playButton() {
+    if (!m_composer->loadFile()) return;
+    m_player.run();
+    m_player.seek(0);
+}
+
+void ClockWindow::voiceFilesMissing(const std::string& path) {
+    m_voiceSelectors[0]->setValue(true);
+    controlAs<TextBox>("FILELOCATION")->setText(program().defaultVoiceFolder());
+    controlAs<OptionButton>("OPTIONWAV")->setValue(true);
+    log().error(name(), "cannot play the voice file " + path);
+    dialogs().message({name(), "Error",
+                       "  Error, no encontro ningun despositivo (No estan los Archivos de Voz)\n\n"
+                       "                               US Paul, UK Audrey & UK Charles \n"
+                       "A complete voice comes installed in " +
+                           program().defaultVoiceFolder() +
+                           " ; to record your own, put one .wav or .mp3 file per word (TheTimeIs, 00 to 59, "
+                           "Hour, Minutes, AM, PM, DingDong, DingDong2, GoodMorning, GoodAfternoon, GoodEvening, "
+                           "Blank) in a folder and enter it on the Ficheros tab.",
+                       DialogIcon::Exclamation, DialogButtons::OK});
+}
+
+}  // namespace mv
