@@ -67,6 +67,23 @@ QPushButton* button(const QString& caption, QWidget* parent, std::function<void(
     return b;
 }
 
+// A line to type into and a Send button (or Return) that hands the text on and clears it.
+QGroupBox* sendBox(const QString& title, QWidget* parent, QLineEdit** editOut, std::function<void(const QString&)> send) {
+    auto* box = new QGroupBox(title, parent);
+    auto* layout = new QHBoxLayout(box);
+    auto* edit = new QLineEdit(box);
+    auto sendText = [edit, send = std::move(send)] {
+        if (edit->text().isEmpty()) return;
+        send(edit->text());
+        edit->clear();
+    };
+    QObject::connect(edit, &QLineEdit::returnPressed, sendText);
+    layout->addWidget(edit);
+    layout->addWidget(button(QStringLiteral("Send"), box, sendText));
+    if (editOut) *editOut = edit;
+    return box;
+}
+
 }  // namespace
 
 HostConsole::HostConsole(SimulatedHost& host, Scheduler& scheduler, EventLog& log, QWidget* parent)
@@ -114,21 +131,11 @@ QWidget* HostConsole::buildInjectors() {
     connect(m_busy, &QCheckBox::clicked, this, [this](bool on) { m_host.setBusy(on); });
     column->addWidget(node);
 
-    auto* dtmf = new QGroupBox(QStringLiteral("DTMF received over the air"), panel);
-    auto* dtmfLayout = new QHBoxLayout(dtmf);
-    auto* digits = new QLineEdit(dtmf);
+    QLineEdit* digits = nullptr;
+    column->addWidget(sendBox(QStringLiteral("DTMF received over the air"), panel, &digits,
+                              [this](const QString& text) { m_host.receiveDTMF(text.toUpper().toStdString()); }));
     digits->setObjectName(QStringLiteral("dtmfDigits"));
     digits->setValidator(new QRegularExpressionValidator(QRegularExpression(QStringLiteral("[0-9*#A-Da-d]*")), digits));
-    auto sendDigits = [this, digits] {
-        const QString text = digits->text().toUpper();
-        if (text.isEmpty()) return;
-        m_host.receiveDTMF(text.toStdString());
-        digits->clear();
-    };
-    connect(digits, &QLineEdit::returnPressed, this, sendDigits);
-    dtmfLayout->addWidget(digits);
-    dtmfLayout->addWidget(button(QStringLiteral("Send"), dtmf, sendDigits));
-    column->addWidget(dtmf);
 
     auto* station = new QGroupBox(QStringLiteral("Station"), panel);
     auto* form = new QFormLayout(station);
@@ -152,18 +159,8 @@ QWidget* HostConsole::buildInjectors() {
     form->addRow(stationButtons);
     column->addWidget(station);
 
-    auto* chat = new QGroupBox(QStringLiteral("Chat received"), panel);
-    auto* chatLayout = new QHBoxLayout(chat);
-    auto* chatText = new QLineEdit(chat);
-    auto sendChat = [this, chatText] {
-        if (chatText->text().isEmpty()) return;
-        m_host.receiveChat(chatText->text().toStdString());
-        chatText->clear();
-    };
-    connect(chatText, &QLineEdit::returnPressed, this, sendChat);
-    chatLayout->addWidget(chatText);
-    chatLayout->addWidget(button(QStringLiteral("Send"), chat, sendChat));
-    column->addWidget(chat);
+    column->addWidget(sendBox(QStringLiteral("Chat received"), panel, nullptr,
+                              [this](const QString& text) { m_host.receiveChat(text.toStdString()); }));
 
     auto* settings = new QGroupBox(QStringLiteral("Node settings"), panel);
     auto* settingsForm = new QFormLayout(settings);

@@ -144,6 +144,13 @@ void WindowView::operate(Control& control, std::function<void()> action) {
     });
 }
 
+template <class C>
+void WindowView::clickThrough(QAbstractButton* widget, C& control) {
+    QObject::connect(widget, &QAbstractButton::clicked, [this, &control] {
+        operate(control, [&control] { control.click(); });
+    });
+}
+
 QWidget* WindowView::build(Control& control, QWidget* parent) {
     switch (control.kind()) {
         case ControlKind::Container: return buildContainer(static_cast<Container&>(control), parent);
@@ -197,9 +204,7 @@ QWidget* WindowView::build(Control& control, QWidget* parent) {
                 syncCaption(*widget, check);
                 if (widget->checkState() != checkState(check.value())) widget->setCheckState(checkState(check.value()));
             });
-            QObject::connect(widget, &QAbstractButton::clicked, [this, &check] {
-                operate(check, [&check] { check.click(); });
-            });
+            clickThrough(widget, check);
             return widget;
         }
 
@@ -211,9 +216,7 @@ QWidget* WindowView::build(Control& control, QWidget* parent) {
                 syncCaption(*widget, option);
                 if (widget->isChecked() != option.value()) widget->setChecked(option.value());
             });
-            QObject::connect(widget, &QAbstractButton::clicked, [this, &option] {
-                operate(option, [&option] { option.click(); });
-            });
+            clickThrough(widget, option);
             return widget;
         }
 
@@ -289,9 +292,7 @@ QWidget* WindowView::build(Control& control, QWidget* parent) {
             auto* widget = new QPushButton(parent);
             widget->setAutoDefault(false);
             bind(button, widget, [widget, &button] { syncCaption(*widget, button); });
-            QObject::connect(widget, &QPushButton::clicked, [this, &button] {
-                operate(button, [&button] { button.click(); });
-            });
+            clickThrough(widget, button);
             return widget;
         }
 

@@ -9,6 +9,7 @@
 #include <memory>
 #include <unordered_map>
 
+class QAbstractButton;
 class QWidget;
 
 namespace mv {
@@ -37,6 +38,9 @@ private:
     void bind(Control& control, QWidget* widget, std::function<void()> refresh);
     // Posts an operator action on a control; dropped if the window unloads first.
     void operate(Control& control, std::function<void()> action);
+    // An operator click on a button-like widget clicks its control.
+    template <class C>
+    void clickThrough(QAbstractButton* widget, C& control);
 
     Window& m_window;
     Post m_post;
