@@ -108,7 +108,10 @@ void ClockWindow::startAnnouncement() {
 }
 
 void ClockWindow::announceFromTheTime() {
+    // Whoever asks by DTMF hears the time itself at once, never the bell or
+    // greeting first, whatever the last announcement left in Step.
     AnnouncementComposer& c = *m_composer;
+    c.setStep(1);
     if (!c.loadFile()) return;
     c.applySliders();
     m_player.run();

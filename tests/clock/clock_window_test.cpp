@@ -127,6 +127,14 @@ TEST_F(ClockTest, DtmfTimeCodeSpeaksAtOnceWhileBusyWithTheLastFreeTicksTime) {
     suite->host().receiveDTMF("123");
     runTo(9, 43, 15);
     EXPECT_EQ(spoken(), (std::vector<std::string>{"TheTimeIs", "09", "Hour", "41", "Minutes", "AM"}));
+    // Also after a full announcement has left the bell as the next start.
+    suite->host().setReceiving(false);
+    runTo(9, 45, 10);
+    logText.str("");
+    suite->host().setReceiving(true);
+    suite->host().receiveDTMF("123");
+    runTo(9, 45, 20);
+    EXPECT_EQ(spoken(), (std::vector<std::string>{"TheTimeIs", "09", "Hour", "45", "Minutes", "AM"}));
 }
 
 TEST_F(ClockTest, DtmfCodesToggleTheirBoxesOnlyOnAnExactMatch) {
