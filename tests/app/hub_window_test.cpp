@@ -8,6 +8,7 @@
 
 #include "app/suite.h"
 #include "core/errors.h"
+#include "support/read_text.h"
 #include "support/temp_dir.h"
 
 namespace mv {
@@ -38,12 +39,7 @@ protected:
     void writeClockFile(const std::string& content) {
         std::ofstream(dir.path() / "Quillasp2.ini", std::ios::binary) << content;
     }
-    std::string clockFile() {
-        std::ifstream in(dir.path() / "Quillasp2.ini", std::ios::binary);
-        std::ostringstream s;
-        s << in.rdbuf();
-        return s.str();
-    }
+    std::string clockFile() { return test::readText(dir.path() / "Quillasp2.ini"); }
     size_t logCount(const std::string& needle) {
         const std::string all = logText.str();
         size_t n = 0;

@@ -9,16 +9,10 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include "support/read_text.h"
 #include "support/temp_dir.h"
 
 namespace {
-
-std::string slurp(const std::filesystem::path& p) {
-    std::ifstream in(p, std::ios::binary);
-    std::ostringstream s;
-    s << in.rdbuf();
-    return s.str();
-}
 
 pid_t spawn(const std::vector<std::string>& args, const std::filesystem::path& stderrFile) {
     const pid_t pid = ::fork();
@@ -50,9 +44,9 @@ TEST(SecondCopyTest, ExitsAtOnceWithoutTouchingTheRunningNode) {
                                (dir.path() / "first.jsonl").string(), "--settings-dir", settings.string()},
                               dir.path() / "first.err");
     // Wait until the first copy holds the lock (it writes its process number there).
-    for (int i = 0; i < 200 && slurp(settings / "marrowvane.lock").empty(); ++i)
+    for (int i = 0; i < 200 && mv::test::readText(settings / "marrowvane.lock").empty(); ++i)
         std::this_thread::sleep_for(std::chrono::milliseconds(10));
-    ASSERT_FALSE(slurp(settings / "marrowvane.lock").empty());
+    ASSERT_FALSE(mv::test::readText(settings / "marrowvane.lock").empty());
 
     const auto t0 = std::chrono::steady_clock::now();
     const pid_t second = spawn({bin, "--headless", "--scenario", scenario.string(), "--log",
@@ -60,11 +54,11 @@ TEST(SecondCopyTest, ExitsAtOnceWithoutTouchingTheRunningNode) {
                                dir.path() / "second.err");
     EXPECT_EQ(waitFor(second), 1);
     EXPECT_LT(std::chrono::steady_clock::now() - t0, std::chrono::seconds(2)) << "the second copy must not wait";
-    EXPECT_NE(slurp(dir.path() / "second.err").find("already running"), std::string::npos);
-    EXPECT_EQ(slurp(dir.path() / "second.jsonl"), "") << "the second copy loaded nothing and called nothing";
+    EXPECT_NE(mv::test::readText(dir.path() / "second.err").find("already running"), std::string::npos);
+    EXPECT_EQ(mv::test::readText(dir.path() / "second.jsonl"), "") << "the second copy loaded nothing and called nothing";
 
     EXPECT_EQ(waitFor(first), 0);
-    const std::string log = slurp(dir.path() / "first.jsonl");
+    const std::string log = mv::test::readText(dir.path() / "first.jsonl");
     EXPECT_NE(log.find("\"call\":\"SendChatText\""), std::string::npos);
     EXPECT_NE(log.find("\"kind\":\"end\""), std::string::npos);
 }

@@ -6,17 +6,11 @@
 #include <fstream>
 #include <sstream>
 
+#include "support/read_text.h"
 #include "support/temp_dir.h"
 
 namespace mv {
 namespace {
-
-std::string slurp(const std::filesystem::path& p) {
-    std::ifstream in(p, std::ios::binary);
-    std::ostringstream s;
-    s << in.rdbuf();
-    return s.str();
-}
 
 void spit(const std::filesystem::path& p, const std::string& text) {
     std::ofstream out(p, std::ios::binary);
@@ -43,7 +37,7 @@ TEST_F(SettingsStoreTest, SectionAndKeyMatchWithoutRegardToCase) {
     store.write("a.ini", "CHECK1", "0");
     EXPECT_EQ(store.read("a.ini", "check1", "9"), "0");
     // The key was replaced, not added a second time.
-    EXPECT_EQ(slurp(dir.path() / "a.ini"), "[settings]\r\nCheck1=0\r\n");
+    EXPECT_EQ(test::readText(dir.path() / "a.ini"), "[settings]\r\nCheck1=0\r\n");
 }
 
 TEST_F(SettingsStoreTest, ReadsAreCutToOneLessThanTheBuffer) {
@@ -83,11 +77,11 @@ TEST_F(SettingsStoreTest, WritesKeepEveryOtherLineAndCreateWhatIsMissing) {
          "; operator's note\n[OTHER]\nK=keep\n\n[SETTINGS]\nFIRST=1\nUNKNOWN=stays\n\n[TAIL]\nZ=9\n");
     store.write("a.ini", "FIRST", "2");
     store.write("a.ini", "NEW", "n");
-    EXPECT_EQ(slurp(dir.path() / "a.ini"),
+    EXPECT_EQ(test::readText(dir.path() / "a.ini"),
               "; operator's note\r\n[OTHER]\r\nK=keep\r\n\r\n[SETTINGS]\r\nFIRST=2\r\nUNKNOWN=stays\r\nNEW=n\r\n\r\n"
               "[TAIL]\r\nZ=9\r\n");
     store.write("fresh.ini", "K", "v");
-    EXPECT_EQ(slurp(dir.path() / "fresh.ini"), "[SETTINGS]\r\nK=v\r\n");
+    EXPECT_EQ(test::readText(dir.path() / "fresh.ini"), "[SETTINGS]\r\nK=v\r\n");
     // No temporary file is left behind.
     for (const auto& e : std::filesystem::directory_iterator(dir.path()))
         EXPECT_EQ(e.path().extension(), ".ini") << e.path();
