@@ -9,13 +9,16 @@ tmp="$(mktemp -d)"
 trap 'rm -rf "$tmp"' EXIT
 
 rate=22050
-# Each word is trimmed of the silence espeak puts around it, so the words of
-# an announcement follow one another as closely as a person would say them.
+# Every file is cut where its sound begins and ends, so the words of an
+# announcement follow one another on the air with no silence of their own
+# between them, the way a talking clock's recorded words run together.
+trim_edges() {
+  sox -V1 "$1" -r "$rate" -c 1 -b 16 "$2" silence 1 0.001 0.5% reverse silence 1 0.001 0.5% reverse
+}
 say() {
   local name="$1" text="$2"
   espeak-ng -v en-us -s 150 -w "$tmp/raw.wav" "$text"
-  sox "$tmp/raw.wav" -r "$rate" -c 1 -b 16 "$out/$name.wav" \
-    silence 1 0.005 0.3% reverse silence 1 0.005 0.3% reverse pad 0.02 0.06
+  trim_edges "$tmp/raw.wav" "$out/$name.wav"
 }
 
 numbers=(zero one two three four five six seven eight nine ten eleven twelve thirteen fourteen
@@ -49,10 +52,12 @@ bell() {
 }
 bell "$tmp/d1.wav" 659.25 0.45
 bell "$tmp/d2.wav" 523.25 0.65
-sox "$tmp/d1.wav" "$tmp/d2.wav" "$out/DingDong.wav"
+sox "$tmp/d1.wav" "$tmp/d2.wav" "$tmp/dd.wav"
+trim_edges "$tmp/dd.wav" "$out/DingDong.wav"
 bell "$tmp/e1.wav" 523.25 0.35
 bell "$tmp/e2.wav" 659.25 0.35
 bell "$tmp/e3.wav" 783.99 0.6
-sox "$tmp/e1.wav" "$tmp/e2.wav" "$tmp/e3.wav" "$out/DingDong2.wav"
+sox "$tmp/e1.wav" "$tmp/e2.wav" "$tmp/e3.wav" "$tmp/dd2.wav"
+trim_edges "$tmp/dd2.wav" "$out/DingDong2.wav"
 
 sox -n -r "$rate" -c 1 -b 16 "$out/Blank.wav" trim 0 0.25
