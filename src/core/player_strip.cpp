@@ -80,7 +80,7 @@ void PlayerStrip::buildSliders(WindowParts& parts, Container& area) {
     auto& balanceFrame = area.add(parts.make<Container>("frameBalance", ContainerKind::Frame, "Balance"));
     m_balance = &balanceFrame.add(parts.make<Slider>("BalanceSlider", -5000, 5000, 0));
     m_balance->setSteps(10, 100);
-    balanceFrame.add(parts.make<Label>("BalanceLabel", "Left      Center     Right"));
+    m_balance->scaleLabels = {"Left", "Center", "Right"};
     m_balance->onChange = [this] {
         if (m_graph) ignoreErrors([this] { m_graph->setBalance(m_balance->value()); });
     };
