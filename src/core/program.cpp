@@ -65,6 +65,18 @@ void Program::end(const std::string& reason) {
     throw ProgramEnded{};
 }
 
+void Program::shutdown(const std::string& reason) {
+    if (m_ended) return;
+    ignoreErrors([&] {
+        HostCallLog host(m_services.host.createObject("program", nullptr), "program", *this);
+        host.setPTT(false);
+    });
+    try {
+        end(reason);
+    } catch (const ProgramEnded&) {
+    }
+}
+
 std::unique_ptr<HostObject> Program::createHostObject(Window& window) {
     auto raw = m_services.host.createObject(window.name(), &window);
     return std::make_unique<HostCallLog>(std::move(raw), window.name(), *this);

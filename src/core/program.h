@@ -87,6 +87,10 @@ public:
     // ProgramEnded to unwind the caller; the dispatcher catches it.
     [[noreturn]] void end(const std::string& reason);
     bool ended() const { return m_ended; }
+    // Ends the program from outside any handler (the desktop session closing,
+    // an interrupt): the transmitter is released first, whatever was keying it.
+    // Returns normally; a no-op once the program has ended.
+    void shutdown(const std::string& reason);
     // Called once when the program ends (the GUI quits its event loop).
     void setOnEnded(std::function<void()> callback) { m_onEnded = std::move(callback); }
 

@@ -6,7 +6,9 @@
 #include <iostream>
 
 #include "app/suite.h"
+#include "platform/audio/air.h"
 #include "gui/gui_session.h"
+#include "gui/stop_signals.h"
 #include "platform/instance_guard.h"
 #include "platform/settings_folder.h"
 
@@ -31,6 +33,14 @@ int runGui(int argc, char** argv, const HeadlessOptions& options) {
 
     FileInstanceGuard guard(so.settingsDir / "marrowvane.lock");
     Suite suite(so);
+    if (!options.recordPath.empty()) {
+        try {
+            suite.air().startRecording(options.recordPath);
+        } catch (const std::exception& e) {
+            std::cerr << "marrowvane: cannot record the air: " << e.what() << '\n';
+            return 1;
+        }
+    }
     GuiSession session(suite);
     std::string message;
     const Program::StartResult started = session.start(&guard, message);
@@ -45,7 +55,10 @@ int runGui(int argc, char** argv, const HeadlessOptions& options) {
         std::cerr << "marrowvane: the hub could not start: " << message << '\n';
         return 1;
     }
-    return app.exec();
+    StopSignals stopSignals(suite.program());
+    const int status = app.exec();
+    if (!options.recordPath.empty()) suite.air().stopRecording();
+    return status;
 }
 
 }  // namespace mv

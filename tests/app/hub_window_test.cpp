@@ -276,3 +276,21 @@ TEST_F(HubTest, ABusyHostIsWaitedForUnderTheProcessWidePolicy) {
 
 }  // namespace
 }  // namespace mv
+
+namespace mv {
+namespace {
+
+TEST_F(HubTest, AShutdownFromOutsideReleasesTheTransmitterFirst) {
+    start();
+    auto other = suite->host().createObject("test", nullptr);
+    other->setPTT(true);
+    suite->program().shutdown("stopped by signal");
+    EXPECT_TRUE(suite->program().ended());
+    EXPECT_FALSE(suite->host().pttKeyed());
+    EXPECT_EQ(suite->host().commands().back().window, "program");
+    suite->program().shutdown("again");  // harmless once ended
+    EXPECT_EQ(logCount("\"kind\":\"end\""), 1u);
+}
+
+}  // namespace
+}  // namespace mv
