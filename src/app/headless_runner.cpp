@@ -1,6 +1,8 @@
 #include "app/headless_runner.h"
 
+#include <atomic>
 #include <chrono>
+#include <csignal>
 #include <fstream>
 #include <iostream>
 #include <thread>
@@ -14,6 +16,11 @@
 
 namespace mv {
 namespace {
+
+// Set by SIGINT/SIGTERM during a real-time run; the loop then ends the
+// program in order (transmitter released first).
+std::atomic<bool> g_stopRequested{false};
+void requestStop(int) { g_stopRequested = true; }
 
 class DirectiveRunner {
 public:
@@ -154,6 +161,10 @@ int runHeadless(const HeadlessOptions& options) {
     }
     if (!message.empty() && started == Program::StartResult::Started) suite.log().error("", message);
 
+    if (options.realtime) {
+        std::signal(SIGINT, requestStop);
+        std::signal(SIGTERM, requestStop);
+    }
     DirectiveRunner runner(suite);
     const int64_t origin = scheduler.now();
     auto runTo = [&](int64_t atMs) {
@@ -163,12 +174,14 @@ int runHeadless(const HeadlessOptions& options) {
         }
         for (;;) {
             const int64_t next = scheduler.runDue();
+            if (g_stopRequested) program.shutdown("stopped by signal");
             if (program.ended()) return;
             const int64_t now = scheduler.now();
             if (now >= origin + atMs) return;
             int64_t wake = origin + atMs;
             if (next >= 0 && next < wake) wake = next;
-            if (wake > now) std::this_thread::sleep_for(std::chrono::milliseconds(wake - now));
+            // Short naps, so an interrupt is answered within a tenth of a second.
+            if (wake > now) std::this_thread::sleep_for(std::chrono::milliseconds(std::min<int64_t>(wake - now, 100)));
         }
     };
 

@@ -1,9 +1,36 @@
 #include <portaudio.h>
 
+#include <fcntl.h>
+#include <unistd.h>
+
 #include "platform/audio/audio_device.h"
 
 namespace mv {
 namespace {
+
+// While PortAudio probes the sound system, ALSA prints dozens of lines about
+// every card it does not find. The outcome reaches the log as one clear line,
+// so the probe's own chatter is kept off the operator's terminal.
+class QuietStderr {
+public:
+    QuietStderr() : m_saved(::dup(STDERR_FILENO)) {
+        const int null = ::open("/dev/null", O_WRONLY | O_CLOEXEC);
+        if (null >= 0) {
+            ::dup2(null, STDERR_FILENO);
+            ::close(null);
+        }
+    }
+    ~QuietStderr() {
+        if (m_saved < 0) return;
+        ::dup2(m_saved, STDERR_FILENO);
+        ::close(m_saved);
+    }
+    QuietStderr(const QuietStderr&) = delete;
+    QuietStderr& operator=(const QuietStderr&) = delete;
+
+private:
+    int m_saved;
+};
 
 // Small buffers: a started graph must be heard within a few tens of ms.
 constexpr unsigned long kFramesPerBuffer = 256;
@@ -21,6 +48,7 @@ public:
     }
 
     bool open(std::string& why) {
+        const QuietStderr quiet;
         PaError err = Pa_Initialize();
         if (err != paNoError) {
             why = Pa_GetErrorText(err);
