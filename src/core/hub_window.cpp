@@ -82,6 +82,7 @@ HubWindow::HubWindow(Program& program) : Window(program, "hub"), m_binder(kClock
 
 void HubWindow::build() {
     m_relabels.clear();
+    m_relabelTargets.clear();
     m_moduleButtons.clear();
     m_groupFallbacks.clear();
     m_voiceFolders.clear();
@@ -123,8 +124,8 @@ void HubWindow::buildHubButtons(Container& row) {
         m_voiceFolders[0]->setText(program().defaultVoiceFolder());
         m_voiceWav[0]->setValue(true);
     };
-    m_relabels.push_back({nullptr, {&save}});      // TEXT34, filled in by buildLanguageTab
-    m_relabels.push_back({nullptr, {&saveExit}});  // TEXT35
+    relabelledBy("TEXT34", save);
+    relabelledBy("TEXT35", saveExit);
 }
 
 void HubWindow::buildConfigurationTab(Container& page) {
@@ -210,28 +211,21 @@ void HubWindow::buildConfigurationTab(Container& page) {
     m_amPm = &page.add(make<TextBox>("AM_PM", ""));
     for (TextBox* t : {m_hh, m_mm, m_amPm}) t->setVisible(false);
 
-    // Relabel targets, in TEXT9.. order; the voice entries gain their folder
-    // groups when the "Ficheros" tab is built.
-    std::vector<std::vector<Control*>> targets = {
-        {&timeVoice}, {&onHour}, {&halfHour}, {&quarterHour}, {&opt1}, {&opt2}, {&voices}};
-    for (OptionButton* v : m_voiceSelectors) targets.push_back({v});
-    for (Control* c : std::vector<Control*>{&alsoAdd, &ampm, &words, &prefix, &preamble, &localTime, m_sayTheTime,
-                                            &volumeFrame, &fileType, &dtmfFrame, &dtmfLabel, &folderFrame})
-        targets.push_back({c});
-    targets.push_back({});  // TEXT33 labels nothing
-    // TEXT34 and TEXT35 targets were registered with the hub buttons.
-    std::vector<std::pair<TextBox*, std::vector<Control*>>> relabels;
-    for (auto& t : targets) relabels.push_back({nullptr, t});
-    relabels.push_back(m_relabels[0]);
-    relabels.push_back(m_relabels[1]);
-    relabels.push_back({nullptr, {}});  // TEXT36: the voice folders group, added later
-    m_relabels = std::move(relabels);
+    const std::pair<const char*, Control*> relabelled[] = {
+        {"TEXT9", &timeVoice},   {"TEXT10", &onHour},     {"TEXT11", &halfHour},   {"TEXT12", &quarterHour},
+        {"TEXT13", &opt1},       {"TEXT14", &opt2},       {"TEXT15", &voices},     {"TEXT21", &alsoAdd},
+        {"TEXT22", &ampm},       {"TEXT23", &words},      {"TEXT24", &prefix},     {"TEXT25", &preamble},
+        {"TEXT26", &localTime},  {"TEXT27", m_sayTheTime}, {"TEXT28", &volumeFrame}, {"TEXT29", &fileType},
+        {"TEXT30", &dtmfFrame},  {"TEXT31", &dtmfLabel},  {"TEXT32", &folderFrame},
+    };
+    for (const auto& [key, element] : relabelled) relabelledBy(key, *element);
+    for (size_t v = 0; v < m_voiceSelectors.size(); ++v) relabelledBy("TEXT" + std::to_string(16 + v), *m_voiceSelectors[v]);
 }
 
 void HubWindow::buildFilesTab(Container& page) {
     auto& all = page.add(make<Container>("frameVoiceFolders", ContainerKind::Frame,
                                          "Directory Holding Audio Files  ---  Example -->> C:\\YourFiles\\ "));
-    m_relabels[27].second.push_back(&all);
+    relabelledBy("TEXT36", all);
     // Each voice's folder key and its file-type pair as (wav, mp3).
     struct VoiceKeys {
         const char* folder;
@@ -246,7 +240,7 @@ void HubWindow::buildFilesTab(Container& page) {
     for (int v = 0; v < 5; ++v) {
         const std::string n = std::to_string(v + 1);
         auto& frame = all.add(make<Container>("frameVoice" + n, ContainerKind::Frame, "Voice " + n));
-        m_relabels[7 + static_cast<size_t>(v)].second.push_back(&frame);
+        relabelledBy("TEXT" + std::to_string(16 + v), frame);
         auto& folder = frame.add(make<TextBox>(keys[v].folder, v == 0 ? program().defaultVoiceFolder() : ""));
         OptionGroup& type = makeGroup();
         auto& wav = frame.add(make<OptionButton>(keys[v].wav, "wav", type));
@@ -268,7 +262,9 @@ void HubWindow::buildLanguageTab(Container& page) {
     const auto& fields = captionFields();
     for (size_t i = 0; i < fields.size(); ++i) {
         grid.add(make<Label>("lbl" + fields[i].key, fields[i].spanishLabel));
-        m_relabels[i].first = &grid.add(make<TextBox>(fields[i].key, fields[i].defaultText));
+        // TEXT33 relabels nothing: its list stays empty.
+        m_relabels.push_back({&grid.add(make<TextBox>(fields[i].key, fields[i].defaultText)),
+                              m_relabelTargets[fields[i].key]});
     }
 }
 

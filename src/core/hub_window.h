@@ -4,6 +4,7 @@
 // shows them from its buttons, answers the chat version request, and carries
 // the quit prompt and the reaction to the host closing. The clock's own work
 // (composing and scheduling the spoken time) lives in a subclass.
+#include <map>
 #include <string>
 #include <vector>
 
@@ -78,7 +79,12 @@ private:
 
     SettingsBinder m_binder;
     Container* m_playerStripArea = nullptr;
-    // Each caption field and the elements it relabels.
+    // Marks `element` as relabelled by the caption field `key` (TEXT9..TEXT36).
+    void relabelledBy(const std::string& key, Control& element) { m_relabelTargets[key].push_back(&element); }
+
+    // Each caption field's key and the elements it relabels, gathered while
+    // the tabs are built; paired with the fields once the "Lenguaje" tab exists.
+    std::map<std::string, std::vector<Control*>> m_relabelTargets;
     std::vector<std::pair<TextBox*, std::vector<Control*>>> m_relabels;
     std::vector<std::pair<Button*, std::string>> m_moduleButtons;
     std::vector<std::pair<OptionGroup*, OptionButton*>> m_groupFallbacks;

@@ -294,3 +294,25 @@ TEST_F(HubTest, AShutdownFromOutsideReleasesTheTransmitterFirst) {
 
 }  // namespace
 }  // namespace mv
+
+namespace mv {
+namespace {
+
+TEST_F(HubTest, EveryCaptionFieldRelabelsItsElementsAndOnlyThose) {
+    start();
+    operate([&] {
+        for (const auto& f : HubWindow::captionFields()) text(f.key.c_str()).setText("<" + f.key + ">");
+    });
+    run(500);
+    for (const auto& f : HubWindow::captionFields()) {
+        size_t relabelled = 0;
+        for (const auto& c : hub->controls())
+            if (c->kind() != ControlKind::TextBox && c->caption() == "<" + f.key + ">") ++relabelled;
+        const int n = std::stoi(f.key.substr(4));
+        const size_t expected = f.key == "TEXT33" ? 0 : (n >= 16 && n <= 20) ? 2 : 1;
+        EXPECT_EQ(relabelled, expected) << f.key;
+    }
+}
+
+}  // namespace
+}  // namespace mv
