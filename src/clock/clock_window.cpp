@@ -122,9 +122,14 @@ void ClockWindow::announceFromTheTime() {
 }
 
 void ClockWindow::onDTMFString(const std::string& digits) {
-    if (digits == controlAs<TextBox>("TEXT38")->text()) controlAs<CheckBox>("CHECK3")->click();
-    if (digits == controlAs<TextBox>("TEXT39")->text()) controlAs<CheckBox>("CONDISC")->click();
-    if (digits == controlAs<TextBox>("DTMFTIME")->text()) ignoreErrors([this] { announceFromTheTime(); });
+    // Whole-string, case-sensitive matches; a code left empty is switched off.
+    auto matches = [&](const char* field) {
+        const std::string& code = controlAs<TextBox>(field)->text();
+        return !code.empty() && digits == code;
+    };
+    if (matches("TEXT38")) controlAs<CheckBox>("CHECK3")->click();
+    if (matches("TEXT39")) controlAs<CheckBox>("CONDISC")->click();
+    if (matches("DTMFTIME")) ignoreErrors([this] { announceFromTheTime(); });
 }
 
 void ClockWindow::followVoice() {

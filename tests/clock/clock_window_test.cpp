@@ -152,6 +152,11 @@ TEST_F(ClockTest, DtmfCodesToggleTheirBoxesOnlyOnAnExactMatch) {
     suite->host().receiveDTMF("#5");
     runTo(10, 0, 20);
     EXPECT_EQ(clock->controlAs<CheckBox>("CHECK3")->value(), 1);
+    // A code left empty never matches, not even an empty string from the host.
+    suite->scheduler().post([&] { clock->controlAs<TextBox>("TEXT38")->setText(""); });
+    suite->host().receiveDTMF("");
+    runTo(10, 0, 21);
+    EXPECT_EQ(clock->controlAs<CheckBox>("CHECK3")->value(), 1);
 }
 
 TEST_F(ClockTest, AutomaticConnectionEveryMinuteUntilConnected) {
