@@ -14,6 +14,8 @@ public:
     virtual void render(const std::string& path) = 0;
     virtual void run() = 0;
     virtual void stop() = 0;
+    // Between run and stop (a graph at the end of its file may still say so).
+    virtual bool running() const = 0;
     virtual double duration() const = 0;
     virtual double position() const = 0;
     virtual void setPosition(double seconds) = 0;

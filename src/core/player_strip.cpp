@@ -45,9 +45,7 @@ void PlayerStrip::build(WindowParts parts, Container& area, PlayerStripOptions o
     m_options = std::move(options);
     buildSliders(parts, area);
     buildProgress(parts, area);
-    // The display poll checks for a graph before anything else, so an idle
-    // strip costs next to nothing every 10 ms.
-    m_displayTimer = &parts.makeTimer("ProgressDisplay", 10, true, [this] { refreshDisplays(); });
+    m_displayTimer = &parts.makeTimer("ProgressDisplay", 10, false, [this] { displayTick(); });
     if (m_options.releaseCheck) m_releaseTimer = &parts.makeTimer("EndOfPlay", 1000, true, [this] { checkRelease(); });
 }
 
@@ -155,6 +153,7 @@ bool PlayerStrip::loadFile(const std::string& path) {
         applyVolume();
         applyRate();
     }
+    wakeDisplay();
     return true;
 }
 
@@ -209,18 +208,21 @@ void PlayerStrip::run() {
     if (!m_graph) return;
     logMedia("run");
     ignoreErrors([this] { m_graph->run(); });
+    wakeDisplay();
 }
 
 void PlayerStrip::stop() {
     if (!m_graph) return;
     logMedia("stop");
     ignoreErrors([this] { m_graph->stop(); });
+    wakeDisplay();
 }
 
 void PlayerStrip::seek(double seconds) {
     if (!m_graph) return;
     logMedia("seek");
     ignoreErrors([&] { m_graph->setPosition(seconds); });
+    wakeDisplay();
 }
 
 void PlayerStrip::applyVolume() {
@@ -229,6 +231,19 @@ void PlayerStrip::applyVolume() {
 
 void PlayerStrip::applyRate() {
     if (m_graph) ignoreErrors([this] { m_graph->setRate(m_speed->value() / 100.0); });
+}
+
+void PlayerStrip::wakeDisplay() {
+    if (m_displayTimer && m_graph) m_displayTimer->setEnabled(true);
+}
+
+void PlayerStrip::displayTick() {
+    refreshDisplays();
+    // Once the graph stands still (stopped, ended, released) the displays
+    // hold their last texts, exactly as a display that kept polling would.
+    bool moving = false;
+    if (m_graph) ignoreErrors([&] { moving = m_graph->running(); });
+    if (!moving || m_elapsedDisplay->text() == m_lengthDisplay->text()) m_displayTimer->setEnabled(false);
 }
 
 void PlayerStrip::refreshDisplays() {

@@ -117,6 +117,10 @@ private:
     void buildSliders(WindowParts& parts, Container& area);
     void buildProgress(WindowParts& parts, Container& area);
     void logMedia(const char* op);
+    // The 10 ms display runs only while something can move the position, so
+    // an idle strip costs no wake-ups at all.
+    void wakeDisplay();
+    void displayTick();
     void showText(TextBox& box, const std::string& text);
     void applyVolume();
     void applyRate();

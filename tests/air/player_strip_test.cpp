@@ -136,6 +136,23 @@ TEST_F(PlayerStripTest, ProgressDisplaysFollowTheGraphWithoutMovingIt) {
     EXPECT_EQ(w.strip.timeUsedField().text(), "00:00:01");
     EXPECT_EQ(w.strip.lengthDisplay().text(), "3.725");
     EXPECT_FALSE(w.strip.fileEnded());
+
+    // Stopped, the display stands still and wakes nobody; a seek shows at once.
+    w.strip.stop();
+    runFor(20);
+    const uint64_t ticks = suite.scheduler().dispatchedTicks();
+    runFor(500);
+    EXPECT_LE(suite.scheduler().dispatchedTicks() - ticks, 1u) << "only the release check may tick";
+    w.strip.positionSlider().setValue(3);
+    runFor(10);
+    EXPECT_EQ(w.strip.elapsedDisplay().text(), "3");
+    // Run to the end: the displays meet and the display goes quiet again.
+    w.strip.run();
+    runFor(800);
+    EXPECT_TRUE(w.strip.fileEnded());
+    const uint64_t after = suite.scheduler().dispatchedTicks();
+    runFor(500);
+    EXPECT_LE(suite.scheduler().dispatchedTicks() - after, 1u);
 }
 
 TEST_F(PlayerStripTest, ThePlainSecondsStyleShowsTheClocksFields) {

@@ -27,7 +27,7 @@ public:
     void setVolume(int hundredthsDb) override;
     void setBalance(int hundredthsDb) override;
 
-    bool running() const;
+    bool running() const override;
 
 private:
     // Runs a change with the air brought up to now first, under the mixer's lock.
