@@ -9,47 +9,26 @@
 #include "app/suite.h"
 #include "core/errors.h"
 #include "support/read_text.h"
-#include "support/temp_dir.h"
+#include "support/suite_rig.h"
 
 namespace mv {
 namespace {
 
-class HubTest : public ::testing::Test {
+class HubTest : public test::SuiteRig {
 protected:
     void start() {
-        SuiteOptions o;
-        o.settingsDir = dir.path();
-        o.virtualStart = LocalDateTime{2026, 11, 22, 13, 59, 50, 0};
-        o.logStream = &logText;
-        o.defaultVoiceFolder = "/usr/share/marrowvane/voice/";
-        suite = std::make_unique<Suite>(o);
-        std::string message;
-        ASSERT_EQ(suite->program().start("hub", nullptr, message), Program::StartResult::Started) << message;
+        startSuite({2026, 11, 22, 13, 59, 50, 0}, "/usr/share/marrowvane/voice/");
         hub = suite->program().window("hub");
-    }
-    void run(int64_t ms) { suite->scheduler().runUntil(suite->scheduler().now() + ms); }
-    // Operator actions arrive as messages, like a click.
-    void operate(std::function<void()> action) {
-        suite->scheduler().post(std::move(action));
-        run(0);
     }
     TextBox& text(const char* name) { return *hub->controlAs<TextBox>(name); }
     CheckBox& check(const char* name) { return *hub->controlAs<CheckBox>(name); }
     OptionButton& option(const char* name) { return *hub->controlAs<OptionButton>(name); }
     void writeClockFile(const std::string& content) {
-        std::ofstream(dir.path() / "Quillasp2.ini", std::ios::binary) << content;
+        std::filesystem::create_directories(settingsDir());
+        std::ofstream(settingsDir() / "Quillasp2.ini", std::ios::binary) << content;
     }
-    std::string clockFile() { return test::readText(dir.path() / "Quillasp2.ini"); }
-    size_t logCount(const std::string& needle) {
-        const std::string all = logText.str();
-        size_t n = 0;
-        for (size_t at = all.find(needle); at != std::string::npos; at = all.find(needle, at + 1)) ++n;
-        return n;
-    }
+    std::string clockFile() { return test::readText(settingsDir() / "Quillasp2.ini"); }
 
-    test::TempDir dir;
-    std::ostringstream logText;
-    std::unique_ptr<Suite> suite;
     Window* hub = nullptr;
 };
 
@@ -88,7 +67,6 @@ TEST_F(HubTest, SaveWritesAll71KeysAndTheyReadBackTheSame) {
         option("OPTION1").setValue(true);
         check("HALFHOUR").setValue(0);
         text("TEXT36").setText(" padded caption ");
-        hub->findByCaption("Guardar")->enabled();
         static_cast<Button*>(hub->findByCaption("Guardar"))->click();
     });
     const std::string file = clockFile();
@@ -237,7 +215,7 @@ public:
 
 TEST_F(HubTest, ASecondCopyLoadsNoWindowAndMakesNoHostCall) {
     SuiteOptions o;
-    o.settingsDir = dir.path();
+    o.settingsDir = settingsDir();
     o.virtualStart = LocalDateTime{2026, 11, 22, 13, 59, 50, 0};
     Suite second(o);
     HeldGuard guard;

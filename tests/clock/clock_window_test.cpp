@@ -11,23 +11,17 @@
 #include "app/suite.h"
 #include "platform/audio/air.h"
 #include "platform/audio/air_recorder.h"
-#include "support/temp_dir.h"
+#include "support/suite_rig.h"
 
 namespace mv {
 namespace {
 
-class ClockTest : public ::testing::Test {
+class ClockTest : public test::SuiteRig {
 protected:
     void start(LocalDateTime at, bool record = false) {
-        SuiteOptions o;
-        o.settingsDir = dir.path() / "settings";
-        o.virtualStart = at;
-        o.logStream = &logText;
-        o.defaultVoiceFolder = std::string(MV_TEST_VOICE_DIR) + "/";
-        suite = std::make_unique<Suite>(o);
-        if (record) suite->air().startRecording((dir.path() / "air.wav").string());
-        std::string message;
-        ASSERT_EQ(suite->program().start("hub", nullptr, message), Program::StartResult::Started) << message;
+        startSuite(at, std::string(MV_TEST_VOICE_DIR) + "/", [&](Suite& s) {
+            if (record) s.air().startRecording((dir.path() / "air.wav").string());
+        });
         clock = static_cast<ClockWindow*>(suite->program().window("hub"));
     }
     void runTo(int h, int m, int s, int ms = 0) {
@@ -48,16 +42,6 @@ protected:
         }
         return out;
     }
-    std::vector<const SimulatedHost::Command*> ptt() {
-        std::vector<const SimulatedHost::Command*> out;
-        for (const auto& c : suite->host().commands())
-            if (c.call == "SetPTT") out.push_back(&c);
-        return out;
-    }
-
-    test::TempDir dir;
-    std::ostringstream logText;
-    std::unique_ptr<Suite> suite;
     ClockWindow* clock = nullptr;
 };
 
