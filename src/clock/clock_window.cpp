@@ -30,6 +30,9 @@ void ClockWindow::build() {
     Button& play = area.add(make<Button>("btnPlay", "Play"));
     play.onClick = [this] { playButton(); };
     m_player.build(parts(), area, std::move(o));
+    m_fileLocation = controlAs<TextBox>("FILELOCATION");
+    m_inUseWav = controlAs<OptionButton>("OPTIONWAV");
+    m_inUseMp3 = controlAs<OptionButton>("OPTIONMP3");
 
     m_composer = std::make_unique<AnnouncementComposer>(ComposerContext{
         m_player,
@@ -41,8 +44,8 @@ void ClockWindow::build() {
         *m_hh,
         *m_mm,
         *m_amPm,
-        *controlAs<TextBox>("FILELOCATION"),
-        *controlAs<OptionButton>("OPTIONWAV"),
+        *m_fileLocation,
+        *m_inUseWav,
         [this] { return scheduler().wallNow().hour; },
         [this](bool on) {
             if (m_poll) m_poll->setEnabled(on);
@@ -137,8 +140,8 @@ void ClockWindow::followVoice() {
         m_voiceSelectors[v]->setEnabled(!m_voiceFolders[v]->text().empty());
     for (size_t v = 0; v < m_voiceSelectors.size(); ++v) {
         if (!m_voiceSelectors[v]->value()) continue;
-        controlAs<TextBox>("FILELOCATION")->setText(m_voiceFolders[v]->text());
-        controlAs<OptionButton>(m_voiceWav[v]->value() ? "OPTIONWAV" : "OPTIONMP3")->setValue(true);
+        m_fileLocation->setText(m_voiceFolders[v]->text());
+        (m_voiceWav[v]->value() ? m_inUseWav : m_inUseMp3)->setValue(true);
     }
 }
 
@@ -174,8 +177,8 @@ void ClockWindow::playButton() {
 
 void ClockWindow::voiceFilesMissing(const std::string& path) {
     m_voiceSelectors[0]->setValue(true);
-    controlAs<TextBox>("FILELOCATION")->setText(program().defaultVoiceFolder());
-    controlAs<OptionButton>("OPTIONWAV")->setValue(true);
+    m_fileLocation->setText(program().defaultVoiceFolder());
+    m_inUseWav->setValue(true);
     log().error(name(), "cannot play the voice file " + path);
     dialogs().message({name(), "Error",
                        "  Error, no encontro ningun despositivo (No estan los Archivos de Voz)\n\n"

@@ -45,6 +45,10 @@ private:
     PlayerStrip m_player;
     std::unique_ptr<AnnouncementComposer> m_composer;
     Timer* m_poll = nullptr;
+    // The working copy of the selected voice, written by the 100 ms follower.
+    TextBox* m_fileLocation = nullptr;
+    OptionButton* m_inUseWav = nullptr;
+    OptionButton* m_inUseMp3 = nullptr;
 };
 
 }  // namespace mv
