@@ -5,6 +5,7 @@
 #include <csignal>
 #include <fstream>
 #include <iostream>
+#include <random>
 #include <thread>
 
 #include "app/scenario.h"
@@ -21,6 +22,17 @@ namespace {
 // program in order (transmitter released first).
 std::atomic<bool> g_stopRequested{false};
 void requestStop(int) { g_stopRequested = true; }
+
+// What a control shows, as a scenario's `log` line reports it: a text, a check
+// box's 0/1/2, an option button's true/false, a slider's number.
+LogValue controlValue(const Control& c) {
+    if (auto* t = dynamic_cast<const TextBox*>(&c)) return t->text();
+    if (auto* cb = dynamic_cast<const CheckBox*>(&c)) return static_cast<int64_t>(cb->value());
+    if (auto* ob = dynamic_cast<const OptionButton*>(&c)) return ob->value();
+    if (auto* s = dynamic_cast<const Slider*>(&c)) return static_cast<int64_t>(s->value());
+    if (auto* combo = dynamic_cast<const ComboBox*>(&c)) return combo->text();
+    return c.caption();
+}
 
 class DirectiveRunner {
 public:
@@ -76,6 +88,7 @@ private:
         Control* c = d.byCaption ? w->findByCaption(d.args[1]) : w->control(d.args[1]);
         if (!c) return fail(d, "window \"" + d.args[0] + "\" has no control " + (d.byCaption ? "captioned \"" : "\"") + d.args[1] + "\"");
         if (d.verb == "click") return click(d, *c);
+        if (d.verb == "log") return m_suite.log().value(w->name(), c->name(), controlValue(*c));
         set(d, *c, d.args[2]);
     }
 
@@ -153,6 +166,8 @@ int runHeadless(const HeadlessOptions& options) {
     }
     Scheduler& scheduler = suite.scheduler();
     Program& program = suite.program();
+    const uint64_t seed = options.seed ? *options.seed : options.realtime ? std::random_device{}() : 1;
+    program.seedRandom(seed);
     std::string message;
     const Program::StartResult started = program.start("hub", &guard, message);
     if (started == Program::StartResult::AlreadyRunning) {
@@ -160,6 +175,8 @@ int runHeadless(const HeadlessOptions& options) {
         return 1;
     }
     if (!message.empty() && started == Program::StartResult::Started) suite.log().error("", message);
+    // Only a copy that really runs says which seed it drew.
+    suite.log().write({{}, "start", {{"seed", LogValue{static_cast<int64_t>(seed)}}}});
 
     if (options.realtime) {
         std::signal(SIGINT, requestStop);

@@ -1,6 +1,8 @@
 #pragma once
 // Runs a scenario against the whole suite, in virtual time as fast as the CPU
 // allows (or on the real clock), writing the event log.
+#include <cstdint>
+#include <optional>
 #include <string>
 
 namespace mv {
@@ -11,6 +13,10 @@ struct HeadlessOptions {
     std::string recordPath;
     std::string settingsDir;  // empty: the default settings folder
     bool realtime = false;
+    // The seed of the suite's random choices. Virtual time uses 1 unless told
+    // otherwise, so a scenario replays the same way; a real-time run draws
+    // one. Either way the log names it once the suite has started.
+    std::optional<uint64_t> seed;
 };
 
 // Exit status: 0 done, 1 could not run (another copy runs, files), 2 bad scenario.

@@ -6,6 +6,7 @@
 
 #include "app/headless_runner.h"
 #include "core/program.h"
+#include "core/settings_store.h"
 #ifdef MV_HAVE_GUI
 #include "gui/gui_main.h"
 #endif
@@ -15,7 +16,7 @@ namespace {
 void usage(std::ostream& out) {
     out << "usage: marrowvane [--settings-dir DIR] [--record FILE.wav]\n"
            "       marrowvane --headless --scenario FILE [--log FILE] [--record FILE.wav]\n"
-           "                  [--settings-dir DIR] [--realtime]\n"
+           "                  [--settings-dir DIR] [--realtime] [--seed N]\n"
            "       marrowvane --version\n";
 }
 
@@ -40,6 +41,15 @@ int main(int argc, char** argv) {
         else if (arg == "--record") options.recordPath = value("--record");
         else if (arg == "--settings-dir") options.settingsDir = value("--settings-dir");
         else if (arg == "--realtime") options.realtime = true;
+        else if (arg == "--seed") {
+            long long n = 0;
+            const std::string v = value("--seed");
+            if (!mv::setting::parseWhole(v, n) || n < 0) {
+                std::cerr << "marrowvane: --seed takes a whole number, not " << v << '\n';
+                return 2;
+            }
+            options.seed = static_cast<uint64_t>(n);
+        }
         else if (arg == "--version") {
             const mv::ProductInfo p = mv::builtProduct();
             std::cout << p.name << " " << p.versionText() << '\n';

@@ -197,6 +197,9 @@ Scenario parseScenario(const std::string& text, const std::string& file) {
         } else if (d.verb == "click") {
             count(1, 1, "click <window>.<control> or click <window>.\"caption\"");
             target(args[0]);
+        } else if (d.verb == "log") {
+            count(1, 1, "log <window>.<control> or log <window>.\"caption\"");
+            target(args[0]);
         } else if (d.verb == "show" || d.verb == "hide" || d.verb == "close") {
             count(1, 1, "show|hide|close <window>");
             if (!knownWindow(args[0].text)) fail("unknown window \"" + args[0].text + "\"");

@@ -7,17 +7,18 @@
 
 #include "clock/announcement_composer.h"
 #include "core/hub_window.h"
+#include "core/module_surfaces.h"
 #include "core/player_strip.h"
 
 namespace mv {
 
-class ClockWindow final : public HubWindow {
+class ClockWindow final : public HubWindow, public TalkingClock {
 public:
     explicit ClockWindow(Program& program);
     ~ClockWindow() override;
 
     // Starts an announcement now, without the busy test.
-    void startAnnouncement();
+    void startAnnouncement() override;
 
     AnnouncementComposer& composer() { return *m_composer; }
     PlayerStrip& player() { return m_player; }

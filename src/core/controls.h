@@ -21,6 +21,9 @@ struct Rgb {
 inline constexpr Rgb kPttOnRed{255, 0, 0};
 inline constexpr Rgb kPttOffGreen{0, 128, 0};
 inline constexpr Rgb kBlack{0, 0, 0};
+// A transmit indicator's two captions; other windows read them as state.
+inline constexpr const char* kPttOn = "PTT ON";
+inline constexpr const char* kPttOff = "PTT OFF";
 
 class Container;
 
@@ -161,6 +164,8 @@ public:
     void setBackColor(Rgb color);
     // Caption and colour in one change (one repaint).
     void set(const std::string& caption, Rgb fore);
+    // A transmit indicator: "PTT ON" in red or "PTT OFF" in green.
+    void showPtt(bool on) { set(on ? kPttOn : kPttOff, on ? kPttOnRed : kPttOffGreen); }
 
 private:
     Rgb m_fore;

@@ -125,6 +125,11 @@ void EventLog::windowOp(const std::string& window, const std::string& op) {
     write({{}, "window", {{"window", LogValue{window}}, {"op", LogValue{op}}}});
 }
 
+void EventLog::value(const std::string& window, const std::string& control, LogValue value) {
+    if (!active()) return;
+    write({{}, "value", {{"window", LogValue{window}}, {"control", LogValue{control}}, {"value", std::move(value)}}});
+}
+
 void EventLog::error(const std::string& window, const std::string& message) {
     if (!active()) return;
     write({{}, "error", {{"window", LogValue{window}}, {"message", LogValue{message}}}});

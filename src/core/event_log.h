@@ -24,7 +24,7 @@ struct LogField {
 
 struct LogRecord {
     LocalDateTime time;
-    std::string kind;  // event, host, media, speech, dialog, window, error, end
+    std::string kind;  // event, host, media, speech, dialog, window, value, error, end
     std::vector<LogField> fields;
     std::string toJson() const;
 };
@@ -49,6 +49,8 @@ public:
     void dialog(const std::string& window, const std::string& title, const std::string& text,
                 const std::string& answer);
     void windowOp(const std::string& window, const std::string& op);
+    // What a control shows now, asked for by a scenario's `log` line.
+    void value(const std::string& window, const std::string& control, LogValue value);
     void error(const std::string& window, const std::string& message);
     void end(const std::string& reason);
     void write(LogRecord record);

@@ -105,6 +105,9 @@ void HubWindow::buildHubButtons(Container& row) {
     const std::vector<std::pair<const char*, const char*>> modules = {
         {"DTMF", "keypad"},       {"Dunmeral", "courtesy"},  {"Balizas", "player"},        {"Abortar", "about"},
         {"Avisos TTS", "tts"},    {"Historial", "history"}, {"Monitor Texto", "messages"},
+        // The ident and DTMF control windows run hidden from start-up; these
+        // two buttons are how the operator reaches them.
+        {"Indicativo", "idents"}, {"Control DTMF", "dtmf"},
     };
     for (const auto& [caption, target] : modules) {
         Button& b = row.add(make<Button>(std::string("btn") + target, caption));
@@ -339,11 +342,11 @@ void HubWindow::onLoad() {
     startClockTimers();
 }
 
-void HubWindow::setPtt(bool on) { m_ptt->set(on ? kPttOn : kPttOff, on ? kPttOnRed : kPttOffGreen); }
+void HubWindow::setPtt(bool on) { m_ptt->showPtt(on); }
 
 void HubWindow::mirrorTransmitter() {
     const bool on = host().isTransmitting();
-    m_ptt2->set(on ? kPttOn : kPttOff, on ? kPttOnRed : kPttOffGreen);
+    m_ptt2->showPtt(on);
 }
 
 void HubWindow::refreshCaptions() {
@@ -355,7 +358,7 @@ void HubWindow::showModule(const std::string& windowName) {
     if (Window* w = program().window(windowName)) w->show();
 }
 
-void HubWindow::saveData() { m_binder.save(settings(), log()); }
+void HubWindow::saveData() { saveSettings(m_binder); }
 
 void HubWindow::onChatTextReceived(const std::string& text) {
     if (text.find("/ver/") == std::string::npos) return;

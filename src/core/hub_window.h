@@ -14,8 +14,6 @@
 namespace mv {
 
 inline constexpr const char* kClockSettingsFile = "Quillasp2.ini";
-inline constexpr const char* kPttOn = "PTT ON";
-inline constexpr const char* kPttOff = "PTT OFF";
 
 class HubWindow : public Window {
 public:

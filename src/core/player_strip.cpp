@@ -193,12 +193,12 @@ void PlayerStrip::txrx() {
 }
 
 void PlayerStrip::keyOn() {
-    if (m_options.ptt) m_options.ptt->set(kPttOn, kPttOnRed);
+    if (m_options.ptt) m_options.ptt->showPtt(true);
     ignoreErrors([this] { m_window.host().setPTT(true); });
 }
 
 void PlayerStrip::keyOff() {
-    if (m_options.ptt) m_options.ptt->set(kPttOff, kPttOffGreen);
+    if (m_options.ptt) m_options.ptt->showPtt(false);
     ignoreErrors([this] { m_window.host().setPTT(false); });
 }
 

@@ -77,6 +77,11 @@ void Program::shutdown(const std::string& reason) {
     }
 }
 
+int Program::randomBetween(int low, int high) {
+    if (high <= low) return low;
+    return std::uniform_int_distribution<int>(low, high)(m_random);
+}
+
 std::unique_ptr<HostObject> Program::createHostObject(Window& window) {
     auto raw = m_services.host.createObject(window.name(), &window);
     return std::make_unique<HostCallLog>(std::move(raw), window.name(), *this);

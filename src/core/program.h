@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <random>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -46,6 +47,7 @@ public:
     virtual void windowVisibilityChanged(Window&) {}
     virtual void windowCaptionChanged(Window&) {}
     virtual void windowMoved(Window&) {}
+    virtual void windowStatusChanged(Window&) {}
 };
 
 struct Services {
@@ -108,6 +110,13 @@ public:
     const std::string& defaultVoiceFolder() const { return m_defaultVoiceFolder; }
     void setDefaultVoiceFolder(std::string folder) { m_defaultVoiceFolder = std::move(folder); }
 
+    // The suite's one source of chance (a random beacon file, a random text
+    // line): real randomness by default; a fixed seed makes a run replay the
+    // same way (the headless runner seeds it and logs the seed).
+    void seedRandom(uint64_t seed) { m_random.seed(static_cast<std::mt19937_64::result_type>(seed)); }
+    // A whole number from `low` to `high`, both included.
+    int randomBetween(int low, int high);
+
     void setObserver(WindowObserver* observer) { m_observer = observer; }
     WindowObserver* observer() const { return m_observer; }
 
@@ -119,6 +128,7 @@ private:
     int64_t m_hostBusyWaitMs = 0;
     std::function<void()> m_onEnded;
     WindowObserver* m_observer = nullptr;
+    std::mt19937_64 m_random{std::random_device{}()};
     std::string m_defaultVoiceFolder = "C:\\Program Files\\Marrowvane\\";
 };
 

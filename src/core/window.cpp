@@ -5,6 +5,7 @@
 #include "core/errors.h"
 #include "core/event_log.h"
 #include "core/program.h"
+#include "core/settings_binder.h"
 
 namespace mv {
 
@@ -60,6 +61,22 @@ void Window::setCaption(const std::string& caption) {
     if (caption == m_caption) return;
     m_caption = caption;
     if (WindowObserver* o = m_program.observer()) o->windowCaptionChanged(*this);
+}
+
+void Window::setStatusText(const std::string& text) {
+    if (text == m_status) return;
+    m_status = text;
+    if (WindowObserver* o = m_program.observer()) o->windowStatusChanged(*this);
+}
+
+bool Window::saveSettings(const SettingsBinder& binder) {
+    const int saved = binder.save(settings(), log());
+    const bool complete = saved == static_cast<int>(binder.keyCount());
+    if (complete)
+        setStatusText("Guardado " + scheduler().wallNowExact().timeText());
+    else
+        setStatusText("No se pudo guardar " + binder.fileName() + " (ver el registro)");
+    return complete;
 }
 
 void Window::move(float leftTwips, float topTwips) {

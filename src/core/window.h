@@ -19,6 +19,7 @@ class SettingsStore;
 class Dialogs;
 class EventLog;
 class MediaFactory;
+class SettingsBinder;
 
 class Window;
 
@@ -62,6 +63,11 @@ public:
 
     const std::string& caption() const { return m_caption; }
     void setCaption(const std::string& caption);
+    // A short line at the window's foot: the last save's outcome
+    // ("Guardado 14:05:09", or why it failed).
+    const std::string& statusText() const { return m_status; }
+    void setStatusText(const std::string& text);
+
     float leftTwips() const { return m_left; }
     float topTwips() const { return m_top; }
     void move(float leftTwips, float topTwips);
@@ -101,6 +107,10 @@ protected:
     Timer& makeTimer(std::string name, int intervalMs, bool enabled, std::function<void()> onTick);
     // Creates this window's host object and subscribes it to the host's events.
     void createHostObject();
+    // A save button: writes every key of `binder` and tells the operator how
+    // it went in the status line (and the log, when it failed). True when
+    // every key was saved.
+    bool saveSettings(const SettingsBinder& binder);
 
     Scheduler& scheduler();
     SettingsStore& settings();
@@ -115,6 +125,7 @@ private:
     Program& m_program;
     std::string m_name;
     std::string m_caption;
+    std::string m_status;
     float m_left = 0;
     float m_top = 0;
     bool m_loaded = false;

@@ -78,6 +78,7 @@ TEST_F(HubTest, SaveWritesAll71KeysAndTheyReadBackTheSame) {
     EXPECT_NE(file.find("OPTION2=False"), std::string::npos);
     EXPECT_NE(file.find("HALFHOUR=0"), std::string::npos);
     EXPECT_NE(file.find("LEFT=300"), std::string::npos);
+    EXPECT_EQ(hub->statusText(), "Guardado 13:59:50");
 
     // A second program on the same folder reads back what was saved.
     suite.reset();

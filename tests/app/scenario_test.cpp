@@ -102,7 +102,9 @@ TEST(HeadlessRunnerTest, OperatorMistakesAreLoggedAndTheRunGoesOn) {
                           "+1s click hub.\"No Such Button\"\n"
                           "+1s set hub.CHECK3 5\n"
                           "+1s click player.Foo\n"
-                          "+1s chat \"x /ver/\"\n";
+                          "+1s chat \"x /ver/\"\n"
+                          "+1s log hub.DTMFTIME\n"
+                          "+0s log hub.CHECK3\n";
     HeadlessOptions o;
     o.scenarioPath = scn.string();
     o.logPath = (dir.path() / "log.jsonl").string();
@@ -114,7 +116,11 @@ TEST(HeadlessRunnerTest, OperatorMistakesAreLoggedAndTheRunGoesOn) {
     EXPECT_NE(log.find("a check box takes 0, 1 or 2"), std::string::npos);
     EXPECT_NE(log.find("no window \\\"player\\\""), std::string::npos);
     EXPECT_NE(log.find("\"call\":\"SendChatText\""), std::string::npos);
-    EXPECT_NE(log.find("{\"t\":\"2026-11-22T14:00:05.000\",\"kind\":\"end\",\"reason\":\"scenario\"}"), std::string::npos);
+    // The run names its seed, and `log` reports what a control shows.
+    EXPECT_NE(log.find("{\"t\":\"2026-11-22T14:00:00.000\",\"kind\":\"start\",\"seed\":1}"), std::string::npos) << log;
+    EXPECT_NE(log.find("\"kind\":\"value\",\"window\":\"hub\",\"control\":\"DTMFTIME\",\"value\":\"123\""), std::string::npos);
+    EXPECT_NE(log.find("\"control\":\"CHECK3\",\"value\":1}"), std::string::npos);
+    EXPECT_NE(log.find("{\"t\":\"2026-11-22T14:00:06.000\",\"kind\":\"end\",\"reason\":\"scenario\"}"), std::string::npos);
 }
 
 }  // namespace
