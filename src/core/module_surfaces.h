@@ -34,6 +34,14 @@ public:
     virtual void startAnnouncement() = 0;
 };
 
+// The DTMF control window's reception delay: the ident window restarts its
+// countdown timer each second the node receives nothing.
+class DtmfControl {
+public:
+    virtual ~DtmfControl() = default;
+    virtual void startDelayTimer() = 0;
+};
+
 // A loaded window's surface of the given kind, or null (the window does not
 // exist in this build, is not loaded, or offers no such surface).
 template <class Surface>
