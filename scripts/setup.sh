@@ -14,6 +14,7 @@ PACKAGES=(
   portaudio19-dev
   libgtest-dev libgmock-dev googletest libbenchmark-dev
   xvfb xauth sox
+  lintian
 )
 
 missing=()

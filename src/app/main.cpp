@@ -14,10 +14,42 @@
 namespace {
 
 void usage(std::ostream& out) {
-    out << "usage: marrowvane [--settings-dir DIR] [--record FILE.wav]\n"
-           "       marrowvane --headless --scenario FILE [--log FILE] [--record FILE.wav]\n"
-           "                  [--settings-dir DIR] [--realtime] [--seed N]\n"
-           "       marrowvane --version\n";
+    out << "Usage: marrowvane [OPTION]...\n"
+           "       marrowvane --headless --scenario FILE [OPTION]...\n"
+           "Automate an EchoLink node: talking clock, idents, courtesy tones, beacons,\n"
+           "DTMF control and a chat monitor, against the simulated host.\n"
+           "\n"
+           "With no --headless, opens the desktop suite (it also takes Qt's own options,\n"
+           "such as -style NAME).\n"
+           "\n"
+           "  --settings-dir DIR   keep the settings files in DIR\n"
+           "  --record FILE.wav    record the air (and the transmitter in FILE.wav.tx)\n"
+           "  --headless           run a scenario without a window; needs --scenario\n"
+           "  --scenario FILE      the scenario to run\n"
+           "  --log FILE           write the event log to FILE (default: standard output)\n"
+           "  --realtime           run the scenario on the real clock and sound device\n"
+           "  --seed N             seed the random choices (virtual time default: 1)\n"
+           "  --help               show this help and exit\n"
+           "  --version            show the version and exit\n"
+           "\n"
+           "Exit status: 0 done, 1 could not run, 2 bad command line or scenario.\n"
+           "Settings: $XDG_CONFIG_HOME/marrowvane/ (usually ~/.config/marrowvane/).\n"
+           "Home page: <https://marrowvane.example.org/>\n";
+}
+
+void version(std::ostream& out) {
+    const mv::ProductInfo p = mv::builtProduct();
+    out << "marrowvane (" << p.name << ") " << p.versionText() << "\n"
+        << "Copyright (C) 2026 The Marrowvane developers.\n"
+           "License GPLv3+: GNU GPL version 3 or later <https://gnu.org/licenses/gpl.html>.\n"
+           "This is free software: you are free to change and redistribute it.\n"
+           "There is NO WARRANTY, to the extent permitted by law.\n";
+}
+
+// One line on standard error and exit status 2, as command-line tools do.
+[[noreturn]] void badCommandLine(const std::string& message) {
+    std::cerr << "marrowvane: " << message << " (try 'marrowvane --help')\n";
+    std::exit(2);
 }
 
 }  // namespace
@@ -28,11 +60,7 @@ int main(int argc, char** argv) {
     for (int i = 1; i < argc; ++i) {
         const std::string arg = argv[i];
         auto value = [&](const char* name) -> std::string {
-            if (i + 1 >= argc) {
-                std::cerr << "marrowvane: " << name << " needs a value\n";
-                usage(std::cerr);
-                std::exit(2);
-            }
+            if (i + 1 >= argc) badCommandLine(std::string("option '") + name + "' needs a value");
             return argv[++i];
         };
         if (arg == "--headless") headless = true;
@@ -44,30 +72,21 @@ int main(int argc, char** argv) {
         else if (arg == "--seed") {
             long long n = 0;
             const std::string v = value("--seed");
-            if (!mv::setting::parseWhole(v, n) || n < 0) {
-                std::cerr << "marrowvane: --seed takes a whole number, not " << v << '\n';
-                return 2;
-            }
+            if (!mv::setting::parseWhole(v, n) || n < 0) badCommandLine("--seed takes a whole number, not '" + v + "'");
             options.seed = static_cast<uint64_t>(n);
         }
         else if (arg == "--version") {
-            const mv::ProductInfo p = mv::builtProduct();
-            std::cout << p.name << " " << p.versionText() << '\n';
+            version(std::cout);
             return 0;
         } else if (arg == "--help" || arg == "-h") {
             usage(std::cout);
             return 0;
         } else {
-            std::cerr << "marrowvane: unknown option " << arg << '\n';
-            usage(std::cerr);
-            return 2;
+            badCommandLine("unrecognized option '" + arg + "'");
         }
     }
     if (headless) {
-        if (options.scenarioPath.empty()) {
-            std::cerr << "marrowvane: --headless needs --scenario FILE\n";
-            return 2;
-        }
+        if (options.scenarioPath.empty()) badCommandLine("--headless needs --scenario FILE");
         return mv::runHeadless(options);
     }
 #ifdef MV_HAVE_GUI
