@@ -29,6 +29,7 @@ class TestWindow final : public Window {
 public:
     TestWindow(Program& program, std::function<void(TestWindow&)> builder)
         : Window(program, "test"), m_builder(std::move(builder)) {}
+    using Window::createHostObject;
     using Window::make;
     using Window::makeGroup;
     using Window::parts;
