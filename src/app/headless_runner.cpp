@@ -23,14 +23,16 @@ namespace {
 std::atomic<bool> g_stopRequested{false};
 void requestStop(int) { g_stopRequested = true; }
 
-// What a control shows, as a scenario's `log` line reports it: a text, a check
-// box's 0/1/2, an option button's true/false, a slider's number.
+// What a control shows, as a scenario's `log` line reports it: a text (a log's
+// lines, each ended by CR LF), a check box's 0/1/2, an option button's
+// true/false, a slider's number.
 LogValue controlValue(const Control& c) {
     if (auto* t = dynamic_cast<const TextBox*>(&c)) return t->text();
     if (auto* cb = dynamic_cast<const CheckBox*>(&c)) return static_cast<int64_t>(cb->value());
     if (auto* ob = dynamic_cast<const OptionButton*>(&c)) return ob->value();
     if (auto* s = dynamic_cast<const Slider*>(&c)) return static_cast<int64_t>(s->value());
     if (auto* combo = dynamic_cast<const ComboBox*>(&c)) return combo->text();
+    if (auto* lines = dynamic_cast<const LineLog*>(&c)) return lines->text();
     return c.caption();
 }
 

@@ -1,6 +1,8 @@
 #include "app/suite.h"
 
 #include "clock/clock_window.h"
+#include "messages/history_window.h"
+#include "messages/messages_window.h"
 
 namespace mv {
 
@@ -39,7 +41,12 @@ Suite::~Suite() {
     m_air.reset();
 }
 
-void addModuleWindows(Program& program) { program.addWindow(std::make_unique<ClockWindow>(program)); }
+void addModuleWindows(Program& program) {
+    program.addWindow(std::make_unique<ClockWindow>(program));
+    program.addWindow(std::make_unique<HistoryWindow>(program));
+    // Loaded by its hub button, the first time it is pressed.
+    program.addWindow(std::make_unique<MessagesWindow>(program));
+}
 
 std::string installedVoiceFolder() {
     // An installed program finds its voice beside it (bin/../share/...), so the

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cctype>
 
+#include "core/plain_text.h"
+
 namespace mv {
 
 void Control::setCaption(const std::string& caption) {
@@ -183,6 +185,57 @@ void ComboBox::setText(const std::string& text) {
 int ComboBox::listIndex() const {
     const auto it = std::find(m_items.begin(), m_items.end(), m_text);
     return it == m_items.end() ? -1 : static_cast<int>(it - m_items.begin());
+}
+
+LineLog::LineLog(std::string name, size_t maxLines)
+    : Control(ControlKind::LineLog, std::move(name)), m_maxLines(std::max<size_t>(1, maxLines)) {}
+
+void LineLog::append(std::string_view text) {
+    size_t start = 0;
+    while (start < text.size()) {
+        const size_t brk = text.find_first_of("\r\n", start);
+        if (brk == std::string_view::npos) {
+            addLine(withoutControlCharacters(text.substr(start), kReplacementCharacter));
+            break;
+        }
+        addLine(withoutControlCharacters(text.substr(start, brk - start), kReplacementCharacter));
+        start = brk + (text.compare(brk, 2, "\r\n") == 0 ? 2 : 1);
+    }
+    if (text.empty()) addLine({});
+    notifyView();
+}
+
+void LineLog::addLine(std::string line) {
+    if (line.size() > kMaxLineBytes) {
+        size_t cut = kMaxLineBytes;
+        // Never cut a character in two.
+        while (cut > 0 && (static_cast<unsigned char>(line[cut]) & 0xC0) == 0x80) --cut;
+        line.resize(cut);
+        line += "...";
+    }
+    if (m_lines.size() == m_maxLines) m_lines.pop_front();
+    m_lines.push_back(std::move(line));
+    ++m_appended;
+}
+
+void LineLog::clear() {
+    if (m_lines.empty() && m_appended == 0) return;
+    m_lines.clear();
+    m_appended = 0;
+    ++m_clears;
+    notifyView();
+}
+
+std::string LineLog::text() const {
+    std::string all;
+    size_t size = 0;
+    for (const std::string& line : m_lines) size += line.size() + 2;
+    all.reserve(size);
+    for (const std::string& line : m_lines) {
+        all += line;
+        all += "\r\n";
+    }
+    return all;
 }
 
 Container::Container(std::string name, ContainerKind kind, std::string caption, int columns)

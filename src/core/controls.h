@@ -3,14 +3,17 @@
 // of the suite reads a setting by reading its control. Each control tells its
 // view (if one is attached) when it changes, and runs the engine's handler on
 // every change, whether the operator or the program made it.
+#include <cstddef>
 #include <cstdint>
+#include <deque>
 #include <functional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace mv {
 
-enum class ControlKind { TextBox, CheckBox, OptionButton, Label, Slider, Button, ComboBox, Container };
+enum class ControlKind { TextBox, CheckBox, OptionButton, Label, Slider, Button, ComboBox, LineLog, Container };
 enum class ContainerKind { Column, Row, Grid, Frame, Tabs, TabPage };
 enum class Orientation { Horizontal, Vertical };
 
@@ -99,10 +102,24 @@ public:
     void setReadOnly(bool on) { m_readOnly = on; }
     bool readOnly() const { return m_readOnly; }
 
+    // The operator pressed Enter in the field (a single-line entry that sends).
+    void pressEnter() {
+        if (enabled() && onEnter) onEnter();
+    }
+    // Asks the view to put the input focus here; counted so a view that
+    // missed a request can tell that one came.
+    void requestFocus() {
+        ++m_focusRequests;
+        notifyView();
+    }
+    uint64_t focusRequests() const { return m_focusRequests; }
+
     std::function<void()> onChange;
+    std::function<void()> onEnter;
 
 private:
     std::string m_text;
+    uint64_t m_focusRequests = 0;
     int m_maxLength = 0;
     bool m_digitsOnly = false;
     bool m_upperCase = false;
@@ -218,6 +235,42 @@ public:
 private:
     std::vector<std::string> m_items;
     std::string m_text;
+};
+
+// A read-only multi-line text kept as whole lines, newest last, holding at
+// most a fixed number of lines (the oldest go first), so a log that runs for
+// weeks stays the same size. Text goes in as plain text only: line breaks
+// (CR LF, a lone CR or a lone LF) start new lines and any other control or
+// text-direction character is shown as U+FFFD, so nothing in it is ever
+// interpreted. Views are told of each change and can add just the new lines.
+class LineLog final : public Control {
+public:
+    // Characters kept of one line; a longer one is cut and ends with "...".
+    static constexpr size_t kMaxLineBytes = 4000;
+
+    LineLog(std::string name, size_t maxLines);
+    size_t maxLines() const { return m_maxLines; }
+    const std::deque<std::string>& lines() const { return m_lines; }
+    // Adds `text` as one line, or several when it holds line breaks (a break
+    // at its very end adds no empty line).
+    void append(std::string_view text);
+    void clear();
+    // Every line followed by CR LF, as a multi-line text box holds it.
+    std::string text() const;
+
+    // Lines appended since the last clear, counting those dropped since, and
+    // how many clears there have been: a view compares them with what it
+    // shows to add only what is new.
+    uint64_t appendedLines() const { return m_appended; }
+    uint64_t clears() const { return m_clears; }
+
+private:
+    void addLine(std::string line);
+
+    size_t m_maxLines;
+    std::deque<std::string> m_lines;
+    uint64_t m_appended = 0;
+    uint64_t m_clears = 0;
 };
 
 // Layout: a column, row or grid of controls, a frame with a caption, a tab

@@ -314,8 +314,7 @@ void HubWindow::bindSettings() {
 
 void HubWindow::onLoad() {
     createHostObject();
-    const ProductInfo& p = program().product();
-    setCaption(p.name + "    " + host().stationInfo().callsign + "   v" + p.versionText() + "       Quillasp");
+    setModuleCaption("       Quillasp");
     host().setPTT(false);
 
     m_binder.load(settings(), log(), loadOrder());
@@ -362,8 +361,7 @@ void HubWindow::saveData() { saveSettings(m_binder); }
 
 void HubWindow::onChatTextReceived(const std::string& text) {
     if (text.find("/ver/") == std::string::npos) return;
-    const ProductInfo& p = program().product();
-    host().sendChatText(p.name + " " + " v" + p.versionText());
+    host().sendChatText(program().product().versionReply());
 }
 
 void HubWindow::onClosing() {

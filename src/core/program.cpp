@@ -12,6 +12,8 @@ std::string ProductInfo::versionText() const {
     return std::to_string(major) + "." + std::to_string(minor) + "." + std::to_string(revision);
 }
 
+std::string ProductInfo::versionReply() const { return name + "  v" + versionText(); }
+
 ProductInfo builtProduct() {
     return ProductInfo{kProductName, kVersionMajor, kVersionMinor, kVersionRevision};
 }

@@ -27,6 +27,8 @@ struct ProductInfo {
     int revision = 0;
     // "1.0.0"
     std::string versionText() const;
+    // The answer to a chat "/ver/" request: "Marrowvane  v1.0.0".
+    std::string versionReply() const;
 };
 ProductInfo builtProduct();
 

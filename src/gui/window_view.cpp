@@ -10,6 +10,7 @@
 #include <QPlainTextEdit>
 #include <QPushButton>
 #include <QRadioButton>
+#include <QScrollBar>
 #include <QSignalBlocker>
 #include <QSlider>
 #include <QTabWidget>
@@ -65,6 +66,67 @@ public:
 protected:
     void nextCheckState() override {}
 };
+
+// What a log's view has taken in so far. Shared by the listener and sync(),
+// which hold separate copies of the refresh.
+struct ShownLines {
+    uint64_t clears = ~uint64_t{0};
+    uint64_t appended = 0;
+    size_t inView = 0;
+};
+
+// The newest line in view, the caret after it (unless the operator is
+// selecting text), so the view is still there when it is shown later.
+void followNewest(QPlainTextEdit& edit) {
+    QTextCursor cursor = edit.textCursor();
+    if (!cursor.hasSelection()) {
+        cursor.movePosition(QTextCursor::End);
+        edit.setTextCursor(cursor);
+    }
+    edit.verticalScrollBar()->setValue(edit.verticalScrollBar()->maximum());
+}
+
+void appendLine(QPlainTextEdit& edit, const std::string& line, ShownLines& shown) {
+    const QString text = QString::fromStdString(line);
+    if (shown.inView == 0) {
+        // The first line goes into the editor's one empty block.
+        edit.setPlainText(text);
+    } else if (edit.document()->isEmpty()) {
+        // The view holds one empty line, which appendPlainText would write into.
+        QTextCursor end(edit.document());
+        end.movePosition(QTextCursor::End);
+        end.insertBlock();
+        end.insertText(text);
+    } else {
+        edit.appendPlainText(text);
+    }
+    shown.inView = std::min(shown.inView + 1, static_cast<size_t>(edit.maximumBlockCount()));
+}
+
+// Brings a log's view up to date. New lines are appended one by one (the
+// editor drops its oldest block itself at the bound), so a long log costs the
+// same per line as a short one; only a clear, or more new lines than the log
+// keeps, rebuilds the view. The view follows the newest line unless the
+// operator has scrolled back to read.
+void showLines(QPlainTextEdit& edit, const LineLog& log, ShownLines& shown) {
+    const auto& lines = log.lines();
+    QScrollBar& bar = *edit.verticalScrollBar();
+    const bool following = bar.value() >= bar.maximum();
+    const uint64_t fresh = log.appendedLines() - shown.appended;
+    if (shown.clears != log.clears() || log.appendedLines() < shown.appended || fresh > lines.size()) {
+        QStringList all;
+        all.reserve(static_cast<int>(lines.size()));
+        for (const std::string& line : lines) all << QString::fromStdString(line);
+        edit.setPlainText(all.join(QLatin1Char('\n')));
+        shown = {log.clears(), log.appendedLines(), lines.size()};
+        followNewest(edit);
+        return;
+    }
+    if (fresh == 0) return;
+    for (size_t i = lines.size() - fresh; i < lines.size(); ++i) appendLine(edit, lines[i], shown);
+    shown.appended = log.appendedLines();
+    if (following) followNewest(edit);
+}
 
 Qt::CheckState checkState(int value) {
     return value == 1 ? Qt::Checked : value == 2 ? Qt::PartiallyChecked : Qt::Unchecked;
@@ -176,7 +238,8 @@ QWidget* WindowView::build(Control& control, QWidget* parent) {
             }
             auto* edit = new QLineEdit(parent);
             edit->setValidator(new TextStyleValidator(box, edit));
-            bind(box, edit, [edit, &box] {
+            auto focusRequests = std::make_shared<uint64_t>(box.focusRequests());
+            bind(box, edit, [edit, &box, focusRequests] {
                 const QString text = qs(box.text());
                 if (edit->text() != text) {
                     const QSignalBlocker quiet(edit);
@@ -188,10 +251,18 @@ QWidget* WindowView::build(Control& control, QWidget* parent) {
                 const int maxLength = box.maxLength() > 0 ? box.maxLength() : 32767;
                 if (edit->maxLength() != maxLength) edit->setMaxLength(maxLength);
                 if (edit->isReadOnly() != box.readOnly()) edit->setReadOnly(box.readOnly());
+                if (*focusRequests != box.focusRequests()) {
+                    *focusRequests = box.focusRequests();
+                    edit->setFocus(Qt::OtherFocusReason);
+                }
             });
             QObject::connect(edit, &QLineEdit::textEdited, [this, &box](const QString& text) {
                 const std::string typed = text.toStdString();
                 operate(box, [&box, typed] { box.typeText(typed); });
+            });
+            // Queued behind the typing above, so the engine has the whole text first.
+            QObject::connect(edit, &QLineEdit::returnPressed, [this, &box] {
+                operate(box, [&box] { box.pressEnter(); });
             });
             return edit;
         }
@@ -294,6 +365,18 @@ QWidget* WindowView::build(Control& control, QWidget* parent) {
             bind(button, widget, [widget, &button] { syncCaption(*widget, button); });
             clickThrough(widget, button);
             return widget;
+        }
+
+        case ControlKind::LineLog: {
+            auto& log = static_cast<LineLog&>(control);
+            // A plain-text editor: nothing a line holds is read as markup.
+            auto* edit = new QPlainTextEdit(parent);
+            edit->setReadOnly(true);
+            edit->setUndoRedoEnabled(false);
+            edit->setMaximumBlockCount(static_cast<int>(std::min<size_t>(log.maxLines(), 1u << 30)));
+            auto shown = std::make_shared<ShownLines>();
+            bind(log, edit, [edit, &log, shown] { showLines(*edit, log, *shown); });
+            return edit;
         }
 
         case ControlKind::ComboBox: {

@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include <vector>
+
 namespace mv {
 namespace {
 
@@ -115,6 +117,84 @@ TEST(ButtonTest, CaptionLookupKeepsTheDesignCaption) {
     save.setEnabled(false);
     save.click();
     EXPECT_EQ(clicks, 0);
+}
+
+TEST(TextBoxTest, EnterRunsOnlyOnAnEnabledFieldAndFocusRequestsAreCounted) {
+    TextBox entry("MessageEntry");
+    int sent = 0, views = 0;
+    entry.onEnter = [&] { ++sent; };
+    entry.setViewListener([&](Control&) { ++views; });
+    entry.pressEnter();
+    entry.setEnabled(false);
+    entry.pressEnter();
+    EXPECT_EQ(sent, 1);
+    views = 0;
+    entry.requestFocus();
+    entry.requestFocus();
+    EXPECT_EQ(entry.focusRequests(), 2u);
+    EXPECT_EQ(views, 2) << "each request reaches the view, even with nothing else changed";
+}
+
+using Lines = std::vector<std::string>;
+Lines linesOf(const LineLog& log) { return Lines(log.lines().begin(), log.lines().end()); }
+
+TEST(LineLogTest, LineBreaksOfEveryKindStartLinesAndATrailingOneAddsNoEmptyLine) {
+    struct Case {
+        const char* text;
+        Lines lines;
+    } cases[] = {
+        {"N0CALL>hola", {"N0CALL>hola"}},
+        {"uno\r\ndos", {"uno", "dos"}},
+        {"uno\rdos\ntres", {"uno", "dos", "tres"}},
+        {"uno\r\n", {"uno"}},
+        {"uno\r\r\ndos", {"uno", "", "dos"}},
+        {"", {""}},
+        {"\r\n", {""}},
+    };
+    for (const Case& c : cases) {
+        LineLog log("log", 10);
+        log.append(c.text);
+        EXPECT_EQ(linesOf(log), c.lines) << c.text;
+    }
+    LineLog log("log", 10);
+    log.append("uno\rdos");
+    EXPECT_EQ(log.text(), "uno\r\ndos\r\n");
+}
+
+TEST(LineLogTest, KeepsTheNewestLinesUpToItsBoundAndCountsWhatWasAppended) {
+    LineLog log("log", 3);
+    int views = 0;
+    log.setViewListener([&](Control&) { ++views; });
+    for (int i = 1; i <= 5; ++i) log.append("line " + std::to_string(i));
+    EXPECT_EQ(linesOf(log), (Lines{"line 3", "line 4", "line 5"}));
+    EXPECT_EQ(log.appendedLines(), 5u);
+    EXPECT_EQ(views, 5);
+    log.append("six\rseven");
+    EXPECT_EQ(linesOf(log), (Lines{"line 5", "six", "seven"}));
+    EXPECT_EQ(log.appendedLines(), 7u);
+    EXPECT_EQ(views, 6) << "one change, however many lines it brought";
+
+    log.clear();
+    EXPECT_TRUE(log.lines().empty());
+    EXPECT_EQ(log.appendedLines(), 0u);
+    EXPECT_EQ(log.clears(), 1u);
+    log.clear();
+    EXPECT_EQ(log.clears(), 1u) << "clearing an empty log changes nothing";
+    EXPECT_EQ(views, 7);
+}
+
+TEST(LineLogTest, ShowsControlCharactersAsReplacementsAndCutsAnOverlongLineOnACharacterBoundary) {
+    LineLog log("log", 10);
+    log.append("a\x1b[2Jb\tc\x7f");
+    log.append("N0CALL>\xE2\x80\xAE" "evil");  // right-to-left override
+    EXPECT_EQ(linesOf(log), (Lines{"a\xEF\xBF\xBD[2Jb\tc\xEF\xBF\xBD", "N0CALL>\xEF\xBF\xBD" "evil"}));
+
+    // A two-byte letter straddles the cut: it goes whole.
+    std::string longLine(LineLog::kMaxLineBytes - 1, 'x');
+    longLine += "\xC3\xB1";
+    longLine += std::string(50, 'y');
+    log.append(longLine);
+    EXPECT_EQ(log.lines().back(), std::string(LineLog::kMaxLineBytes - 1, 'x') + "...");
 }
 
 }  // namespace

@@ -11,6 +11,8 @@
 #include <QPlainTextEdit>
 #include <QPushButton>
 #include <QRadioButton>
+#include <QScrollBar>
+#include <QTextBlock>
 #include <QSlider>
 #include <QTabWidget>
 #include <QTest>
@@ -263,6 +265,122 @@ TEST_F(WindowViewTest, ActionsPostedBeforeTheWindowGoesAreDropped) {
     rig.dispatch();  // would touch a destroyed control if it ran
     EXPECT_FALSE(rig.panel->isLoaded());
     EXPECT_TRUE(rig.panel->ran.empty());
+}
+
+// A chat panel: a log of a few lines and an entry that sends on Enter.
+class ChatPanel final : public Window {
+public:
+    explicit ChatPanel(Program& program) : Window(program, "chat") {}
+    static constexpr size_t kBound = 50;
+    LineLog* log = nullptr;
+    TextBox* entry = nullptr;
+    Button* send = nullptr;
+    std::vector<std::string> sent;
+
+protected:
+    void build() override {
+        auto& root = make<Container>("root", ContainerKind::Column);
+        setRoot(root);
+        log = &root.add(make<LineLog>("LOG", kBound));
+        entry = &root.add(make<TextBox>("ENTRY"));
+        send = &root.add(make<Button>("SEND", "Send"));
+        entry->onEnter = [this] {
+            sent.push_back(entry->text());
+            entry->setText("");
+        };
+    }
+};
+
+class LineLogViewTest : public ::testing::Test {
+protected:
+    void SetUp() override {
+        panel = static_cast<ChatPanel*>(&rig.program.addWindow(std::make_unique<ChatPanel>(rig.program)));
+        panel->load();
+        view = std::make_unique<WindowView>(*panel, host, [this](std::function<void()> f) { rig.scheduler.post(std::move(f)); });
+        host.resize(400, 200);
+        host.show();
+        QCoreApplication::processEvents();
+        edit = as<QPlainTextEdit>(view->widgetFor(*panel->log));
+    }
+    QStringList shown() const { return edit->toPlainText().split(QLatin1Char('\n')); }
+    bool atNewest() const { return edit->verticalScrollBar()->value() == edit->verticalScrollBar()->maximum(); }
+
+    GuiRig rig;
+    QWidget host;
+    std::unique_ptr<WindowView> view;
+    ChatPanel* panel = nullptr;
+    QPlainTextEdit* edit = nullptr;
+};
+
+TEST_F(LineLogViewTest, ShowsLinesAsPlainTextAppendingWithoutRedrawingWhatIsThere) {
+    ASSERT_NE(edit, nullptr);
+    EXPECT_TRUE(edit->isReadOnly());
+    EXPECT_EQ(edit->maximumBlockCount(), static_cast<int>(ChatPanel::kBound));
+
+    panel->log->append("");
+    panel->log->append("<b>N0CALL</b>&amp;>hola");
+    EXPECT_EQ(shown(), (QStringList{"", "<b>N0CALL</b>&amp;>hola"})) << "an empty first line and markup, both as typed";
+
+    // Mark the first line: a redraw of the whole text would lose the mark.
+    edit->document()->firstBlock().setUserState(7);
+    panel->log->append("uno\rdos");
+    EXPECT_EQ(shown(), (QStringList{"", "<b>N0CALL</b>&amp;>hola", "uno", "dos"}));
+    EXPECT_EQ(edit->document()->firstBlock().userState(), 7);
+
+    // At the bound the editor drops its oldest line as the log does.
+    for (size_t i = 0; i < ChatPanel::kBound; ++i) panel->log->append("line " + std::to_string(i));
+    const auto& kept = panel->log->lines();
+    EXPECT_EQ(edit->blockCount(), static_cast<int>(kept.size()));
+    EXPECT_EQ(shown().front(), QString::fromStdString(kept.front()));
+    EXPECT_EQ(shown().back(), QString::fromStdString(kept.back()));
+
+    // A clear starts the view afresh; a view built later shows what the log holds.
+    panel->log->clear();
+    EXPECT_EQ(edit->toPlainText(), "");
+    panel->log->append("again");
+    EXPECT_EQ(shown(), (QStringList{"again"}));
+    view.reset();
+    panel->log->append("while no view");
+    QWidget later;
+    view = std::make_unique<WindowView>(*panel, later, [this](std::function<void()> f) { rig.scheduler.post(std::move(f)); });
+    EXPECT_EQ(as<QPlainTextEdit>(view->widgetFor(*panel->log))->toPlainText(), "again\nwhile no view");
+    view.reset();
+}
+
+TEST_F(LineLogViewTest, FollowsTheNewestLineUnlessTheOperatorScrolledBackToRead) {
+    for (int i = 0; i < 30; ++i) panel->log->append("line " + std::to_string(i));
+    QCoreApplication::processEvents();
+    ASSERT_GT(edit->verticalScrollBar()->maximum(), 0) << "the test needs more lines than fit";
+    EXPECT_TRUE(atNewest());
+
+    edit->verticalScrollBar()->setValue(0);
+    panel->log->append("while reading");
+    EXPECT_EQ(edit->verticalScrollBar()->value(), 0) << "the operator's place is kept";
+
+    edit->verticalScrollBar()->setValue(edit->verticalScrollBar()->maximum());
+    panel->log->append("following again");
+    EXPECT_TRUE(atNewest());
+    EXPECT_EQ(edit->textCursor().position(), edit->document()->characterCount() - 1) << "caret after the newest line";
+}
+
+TEST_F(LineLogViewTest, EnterInAnEntryRunsAfterItsTypingAndAFocusRequestTakesTheFocus) {
+    auto* line = as<QLineEdit>(view->widgetFor(*panel->entry));
+    ASSERT_NE(line, nullptr);
+    line->setFocus();
+    QTest::keyClicks(line, "hola");
+    QTest::keyClick(line, Qt::Key_Return);
+    EXPECT_TRUE(panel->sent.empty()) << "handled in its turn on the engine thread";
+    rig.dispatch();
+    EXPECT_EQ(panel->sent, (std::vector<std::string>{"hola"}));
+    EXPECT_EQ(line->text(), "");
+
+    auto* button = as<QPushButton>(view->widgetFor(*panel->send));
+    button->setFocus();
+    QCoreApplication::processEvents();
+    ASSERT_FALSE(line->hasFocus());
+    panel->entry->requestFocus();
+    QCoreApplication::processEvents();
+    EXPECT_TRUE(line->hasFocus());
 }
 
 }  // namespace
