@@ -1,13 +1,12 @@
 #include "app/headless_runner.h"
 
-#include <atomic>
-#include <chrono>
-#include <csignal>
+#include <algorithm>
 #include <fstream>
 #include <iostream>
 #include <random>
-#include <thread>
 
+#include "app/end_on_terminate.h"
+#include "app/run_signals.h"
 #include "app/scenario.h"
 #include "app/suite.h"
 #include "core/errors.h"
@@ -18,10 +17,9 @@
 namespace mv {
 namespace {
 
-// Set by SIGINT/SIGTERM during a real-time run; the loop then ends the
-// program in order (transmitter released first).
-std::atomic<bool> g_stopRequested{false};
-void requestStop(int) { g_stopRequested = true; }
+// Virtual time runs in slices of this much simulated time, so a signal is
+// answered between slices even when the next line is days away.
+constexpr int64_t kVirtualSliceMs = 60000;
 
 // What a control shows, as a scenario's `log` line reports it: a text (a log's
 // lines, each ended by CR LF), a check box's 0/1/2, an option button's
@@ -156,6 +154,8 @@ int runHeadless(const HeadlessOptions& options) {
     so.logStream = logStream;
     so.defaultVoiceFolder = installedVoiceFolder();
 
+    // Before the suite exists, so every thread it starts inherits the mask.
+    RunSignals signals;
     FileInstanceGuard guard(so.settingsDir / "marrowvane.lock");
     Suite suite(so);
     if (!options.recordPath.empty()) {
@@ -168,6 +168,7 @@ int runHeadless(const HeadlessOptions& options) {
     }
     Scheduler& scheduler = suite.scheduler();
     Program& program = suite.program();
+    const EndOnTerminate lastChance(program);
     const uint64_t seed = options.seed ? *options.seed : options.realtime ? std::random_device{}() : 1;
     program.seedRandom(seed);
     std::string message;
@@ -180,49 +181,63 @@ int runHeadless(const HeadlessOptions& options) {
     // Only a copy that really runs says which seed it drew.
     suite.log().write({{}, "start", {{"seed", LogValue{static_cast<int64_t>(seed)}}}});
 
+    auto stopOnSignal = [&] {
+        if (signals.stopSignal() != 0) program.shutdown(std::string("stopped by ") + signalName(signals.stopSignal()));
+    };
     if (options.realtime) {
-        std::signal(SIGINT, requestStop);
-        std::signal(SIGTERM, requestStop);
+        // A keyed wait (an utterance) keeps answering signals; the wait then
+        // unwinds because the program has ended.
+        scheduler.setBlockHook([&](int64_t msLeft) {
+            signals.wait(msLeft);
+            stopOnSignal();
+        });
     }
     DirectiveRunner runner(suite);
     const int64_t origin = scheduler.now();
     auto runTo = [&](int64_t atMs) {
-        if (!options.realtime) {
-            scheduler.runUntil(origin + atMs);
-            return;
-        }
         for (;;) {
+            signals.wait(0);
+            stopOnSignal();
+            if (program.ended()) return;
+            const int64_t target = origin + atMs;
+            if (!options.realtime) {
+                scheduler.runUntil(std::min(target, scheduler.now() + kVirtualSliceMs));
+                if (program.ended() || scheduler.now() >= target) return;
+                continue;
+            }
             const int64_t next = scheduler.runDue();
-            if (g_stopRequested) program.shutdown("stopped by signal");
             if (program.ended()) return;
             const int64_t now = scheduler.now();
-            if (now >= origin + atMs) return;
-            int64_t wake = origin + atMs;
-            if (next >= 0 && next < wake) wake = next;
-            // Short naps, so an interrupt is answered within a tenth of a second.
-            if (wake > now) std::this_thread::sleep_for(std::chrono::milliseconds(std::min<int64_t>(wake - now, 100)));
+            if (now >= target) return;
+            signals.wait((next >= 0 ? std::min(next, target) : target) - now);
         }
     };
 
-    for (const Directive& d : scenario.directives) {
-        if (program.ended()) break;
-        runTo(d.atMs);
-        if (program.ended()) break;
-        try {
-            runner.apply(d);
-        } catch (const ProgramEnded&) {
-            break;
-        } catch (const std::exception& e) {
-            suite.log().error("", "line " + std::to_string(d.line) + ": " + e.what());
+    int status = 0;
+    try {
+        for (const Directive& d : scenario.directives) {
+            if (program.ended()) break;
+            runTo(d.atMs);
+            if (program.ended()) break;
+            try {
+                runner.apply(d);
+            } catch (const ProgramEnded&) {
+                break;
+            } catch (const std::exception& e) {
+                suite.log().error("", "line " + std::to_string(d.line) + ": " + e.what());
+            }
         }
+        if (!program.ended()) runTo(scenario.endMs);
+        program.shutdown("scenario");
+    } catch (const std::exception& e) {
+        std::cerr << "marrowvane: " << e.what() << '\n';
+        program.shutdown(std::string("fatal error: ") + e.what());
+        status = 1;
     }
-    if (!program.ended()) {
-        runTo(scenario.endMs);
-        if (!program.ended()) suite.log().end("scenario");
-    }
+    scheduler.setBlockHook(nullptr);
     // The air up to the last millisecond of the run goes into the recording.
     suite.air().stopRecording();
-    return 0;
+    return status;
 }
 
 }  // namespace mv

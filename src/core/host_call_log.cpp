@@ -36,7 +36,13 @@ auto HostCallLog::call(const char* name, F&& f) -> decltype(f()) {
     }
 }
 
-#define MV_LOG(name, ...) m_program.log().hostCall(m_window, name, {__VA_ARGS__})
+// Once the end has released the transmitter, nothing may key it again: a
+// handler still on the stack unwinds at its next host call.
+#define MV_REFUSE_AFTER_END() \
+    if (m_program.ended()) throw ProgramEnded {}
+#define MV_LOG(name, ...) \
+    MV_REFUSE_AFTER_END(); \
+    m_program.log().hostCall(m_window, name, {__VA_ARGS__})
 #define MV_LOGR(name, result, ...) m_program.log().hostCall(m_window, name, {__VA_ARGS__}, LogValue{result})
 
 void HostCallLog::connect(const std::string& c, bool flag) {
@@ -56,21 +62,25 @@ void HostCallLog::setPTT(bool on) {
     call("SetPTT", [&] { m_inner->setPTT(on); });
 }
 bool HostCallLog::isBusy() {
+    MV_REFUSE_AFTER_END();
     const bool r = call("IsBusy", [&] { return m_inner->isBusy(); });
     MV_LOGR("IsBusy", r);
     return r;
 }
 bool HostCallLog::isReceiving() {
+    MV_REFUSE_AFTER_END();
     const bool r = call("IsReceiving", [&] { return m_inner->isReceiving(); });
     MV_LOGR("IsReceiving", r);
     return r;
 }
 bool HostCallLog::isTransmitting() {
+    MV_REFUSE_AFTER_END();
     const bool r = call("IsTransmitting", [&] { return m_inner->isTransmitting(); });
     MV_LOGR("IsTransmitting", r);
     return r;
 }
 bool HostCallLog::isCarrierDetected() {
+    MV_REFUSE_AFTER_END();
     const bool r = call("IsCarrierDetected", [&] { return m_inner->isCarrierDetected(); });
     MV_LOGR("IsCarrierDetected", r);
     return r;
@@ -80,11 +90,13 @@ void HostCallLog::sendCW(int32_t option, const std::string& text) {
     call("SendCW", [&] { m_inner->sendCW(option, text); });
 }
 bool HostCallLog::isConnectedTo(const std::string& c) {
+    MV_REFUSE_AFTER_END();
     const bool r = call("IsConnectedTo", [&] { return m_inner->isConnectedTo(c); });
     MV_LOGR("IsConnectedTo", r, c);
     return r;
 }
 StationInfo HostCallLog::stationInfo() {
+    MV_REFUSE_AFTER_END();
     StationInfo info = call("StationInfo", [&] { return m_inner->stationInfo(); });
     MV_LOGR("StationInfo", info.callsign);
     return info;
@@ -116,5 +128,6 @@ void HostCallLog::performAction(int32_t action) {
 
 #undef MV_LOG
 #undef MV_LOGR
+#undef MV_REFUSE_AFTER_END
 
 }  // namespace mv

@@ -1,7 +1,8 @@
 #pragma once
 // Wraps a window's host object: logs every command with the calling window,
-// its arguments and its result, and applies the process-wide wait policy to
-// calls the host refuses as busy.
+// its arguments and its result, applies the process-wide wait policy to
+// calls the host refuses as busy, and refuses every call once the program has
+// ended.
 #include <memory>
 #include <string>
 

@@ -120,6 +120,9 @@ void HubWindow::buildHubButtons(Container& row) {
     Button& saveExit = row.add(make<Button>("btnSaveExit", ">>>>>>>>  Guardar y Salir  <<<<<<<<"));
     saveExit.onClick = [this] {
         saveData();
+        // No prompt and no unkeying of its own here, but the program's end
+        // releases the transmitter all the same: an unattended node left
+        // keyed by a save-and-exit would stay on the air until someone came.
         program().end("save and exit");
     };
     Button& defaultVoice = row.add(make<Button>("btnDefaultVoice1", "Defalt Voice 1"));

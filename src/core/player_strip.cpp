@@ -47,6 +47,7 @@ void PlayerStrip::build(WindowParts parts, Container& area, PlayerStripOptions o
     buildProgress(parts, area);
     m_displayTimer = &parts.makeTimer("ProgressDisplay", 10, false, [this] { displayTick(); });
     if (m_options.releaseCheck) m_releaseTimer = &parts.makeTimer("EndOfPlay", 1000, true, [this] { checkRelease(); });
+    m_airStop = m_window.program().addAirStop(m_window.name(), [this] { silence(); });
 }
 
 void PlayerStrip::buildSliders(WindowParts& parts, Container& area) {
@@ -116,10 +117,23 @@ void PlayerStrip::buildProgress(WindowParts& parts, Container& area) {
 }
 
 void PlayerStrip::release() {
+    m_airStop.reset();
     cleanUp();
     m_position = m_volume = m_balance = m_speed = nullptr;
     m_volSet = m_lengthField = m_timeUsed = m_timeLeft = m_lengthDisplay = m_elapsedDisplay = nullptr;
     m_displayTimer = m_releaseTimer = nullptr;
+}
+
+void PlayerStrip::silence() {
+    if (m_graph) {
+        bool playing = false;
+        ignoreErrors([&] { playing = m_graph->running(); });
+        if (playing) {
+            logMedia("stop");
+            ignoreErrors([this] { m_graph->stop(); });
+        }
+    }
+    if (m_options.ptt) m_options.ptt->showPtt(false);
 }
 
 void PlayerStrip::logMedia(const char* op) { m_window.program().log().media(m_window.name(), op, m_path); }

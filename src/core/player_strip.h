@@ -9,6 +9,7 @@
 #include <string>
 
 #include "core/media.h"
+#include "core/program.h"
 #include "core/window.h"
 
 namespace mv {
@@ -66,6 +67,9 @@ public:
     void build(WindowParts parts, Container& area, PlayerStripOptions options);
     // The window unloads: the graph goes and the controls are forgotten.
     void release();
+    // The program is ending: a playing graph stops at once and the indicator
+    // reads "PTT OFF"; the program releases the transmitter itself next.
+    void silence();
 
     // LoadFile: CleanUp, a new graph, render, position slider maximum, length
     // displays. False (after the render-error handler) when it cannot render.
@@ -144,6 +148,8 @@ private:
     TextBox* m_elapsedDisplay = nullptr;
     Timer* m_displayTimer = nullptr;
     Timer* m_releaseTimer = nullptr;
+    // The strip's place in the program's end, from build() to release().
+    AirStop m_airStop;
 };
 
 }  // namespace mv

@@ -18,12 +18,39 @@ ProductInfo builtProduct() {
     return ProductInfo{kProductName, kVersionMajor, kVersionMinor, kVersionRevision};
 }
 
+AirStop::AirStop(AirStop&& other) noexcept : m_members(std::move(other.m_members)), m_id(other.m_id) { other.m_id = 0; }
+
+AirStop& AirStop::operator=(AirStop&& other) noexcept {
+    if (this != &other) {
+        reset();
+        m_members = std::move(other.m_members);
+        m_id = other.m_id;
+        other.m_id = 0;
+    }
+    return *this;
+}
+
+AirStop::~AirStop() { reset(); }
+
+void AirStop::reset() {
+    if (const auto members = m_members.lock(); members && m_id != 0)
+        std::erase_if(*members, [id = m_id](const Member& m) { return m.id == id; });
+    m_members.reset();
+    m_id = 0;
+}
+
 Program::Program(Services services, ProductInfo product) : m_services(services), m_product(std::move(product)) {}
 
 Program::~Program() {
     // Windows go before the services they use; no handler runs any more.
     m_observer = nullptr;
     m_windows.clear();
+}
+
+AirStop Program::addAirStop(std::string owner, std::function<void()> silence) {
+    const uint64_t id = m_nextAirStop++;
+    m_airStops->push_back({id, std::move(owner), std::move(silence)});
+    return AirStop(m_airStops, id);
 }
 
 MediaFactory& Program::media() {
@@ -58,23 +85,45 @@ Program::StartResult Program::start(std::string_view startWindow, InstanceGuard*
 }
 
 void Program::end(const std::string& reason) {
-    if (!m_ended) {
-        m_ended = true;
-        m_services.log.end(reason);
-        m_services.scheduler.stop();
-        if (m_onEnded) m_onEnded();
-    }
+    finish(reason);
     throw ProgramEnded{};
 }
 
-void Program::shutdown(const std::string& reason) {
-    if (m_ended) return;
-    ignoreErrors([&] {
+void Program::shutdown(const std::string& reason) { finish(reason); }
+
+void Program::finish(const std::string& reason) {
+    // The first caller ends it; a silencer or a release that asks again
+    // (or throws the end) finds it under way.
+    if (m_ending) return;
+    m_ending = true;
+    // A silencer may leave (or others join) while the list is walked.
+    const AirStop::Members members = *m_airStops;
+    for (const AirStop::Member& m : members) {
+        try {
+            if (m.silence) m.silence();
+        } catch (const std::exception& e) {
+            m_services.log.error(m.owner, std::string("silencing at the end: ") + e.what());
+        } catch (const ProgramEnded&) {
+        }
+    }
+    releaseTransmitter();
+    m_ended = true;
+    m_services.log.end(reason);
+    m_services.scheduler.stop();
+    if (m_onEnded) m_onEnded();
+}
+
+void Program::releaseTransmitter() {
+    // Whatever a window did or failed to do, the run's last word to the host
+    // is the release. A failure is logged by the call log; nothing more can
+    // be done about it here.
+    try {
         HostCallLog host(m_services.host.createObject("program", nullptr), "program", *this);
         host.setPTT(false);
-    });
-    try {
-        end(reason);
+    } catch (const HostError&) {
+        // The call log has said why.
+    } catch (const std::exception& e) {
+        m_services.log.error("program", std::string("releasing the transmitter at the end: ") + e.what());
     } catch (const ProgramEnded&) {
     }
 }

@@ -1,7 +1,7 @@
 #pragma once
 // The running program: its windows, the services every window uses, the guard
-// against a second running copy (checked before any window loads) and the
-// end that stops everything at once.
+// against a second running copy (checked before any window loads) and the one
+// end that silences the air, releases the transmitter and stops everything.
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -52,6 +52,34 @@ public:
     virtual void windowStatusChanged(Window&) {}
 };
 
+// A place in the program's end for something that can put sound on the air (a
+// window's media graph, the speech voice). While it is held, the program's end
+// calls its silencer before the transmitter is released for the last time.
+// Destroying it, or reset(), leaves; it may outlive the program harmlessly.
+class AirStop {
+public:
+    AirStop() = default;
+    AirStop(AirStop&& other) noexcept;
+    AirStop& operator=(AirStop&& other) noexcept;
+    AirStop(const AirStop&) = delete;
+    AirStop& operator=(const AirStop&) = delete;
+    ~AirStop();
+    void reset();
+    bool joined() const { return m_id != 0 && !m_members.expired(); }
+
+private:
+    friend class Program;
+    struct Member {
+        uint64_t id;
+        std::string owner;
+        std::function<void()> silence;
+    };
+    using Members = std::vector<Member>;
+    AirStop(std::weak_ptr<Members> members, uint64_t id) : m_members(std::move(members)), m_id(id) {}
+    std::weak_ptr<Members> m_members;
+    uint64_t m_id = 0;
+};
+
 struct Services {
     Scheduler& scheduler;
     HostLink& host;
@@ -87,17 +115,36 @@ public:
     // at all), then loads and shows the start window.
     StartResult start(std::string_view startWindow, InstanceGuard* guard, std::string& message);
 
-    // Ends the whole program at once: nothing after this runs. Throws
-    // ProgramEnded to unwind the caller; the dispatcher catches it.
+    // Every way the program ends goes through one path, whoever asks (a quit
+    // prompt, save-and-exit, the host closing, the scenario's end, a signal,
+    // the desktop closing, a fatal error caught on the way out):
+    //   1. every joined AirStop is silenced (media graphs stop, speech stops);
+    //   2. the program's own host object sends SetPTT(false), always logged,
+    //      so the last host command of every run releases the transmitter;
+    //   3. the `end` line is logged, the scheduler stops for good and the
+    //      on-ended callback runs.
+    // From then on any host call a window makes throws ProgramEnded, and a
+    // blocking wait in progress unwinds the same way, so nothing a handler
+    // does after the end can reach the host.
+    //
+    // Ends the whole program at once from inside a handler: nothing after
+    // this runs. Throws ProgramEnded to unwind the caller; the dispatcher
+    // catches it.
     [[noreturn]] void end(const std::string& reason);
     bool ended() const { return m_ended; }
-    // Ends the program from outside any handler (the desktop session closing,
-    // an interrupt): the transmitter is released first, whatever was keying it.
-    // Returns normally; a no-op once the program has ended.
+    // Ends the program from outside any handler (a signal, the desktop
+    // session closing, the scenario's last line, a fatal error). Returns
+    // normally; a no-op once the program has ended.
     void shutdown(const std::string& reason);
     // Called once when the program ends (the GUI quits its event loop).
     void setOnEnded(std::function<void()> callback) { m_onEnded = std::move(callback); }
 
+    // Joins the end: `silence` stops whatever `owner` has on the air, without
+    // calling the host (the program releases the transmitter itself right
+    // after). A PlayerStrip joins when it is built; the speech voice joins the
+    // same way. Keep the returned AirStop for as long as the sound source
+    // lives; an error `silence` throws is logged and the end goes on.
+    [[nodiscard]] AirStop addAirStop(std::string owner, std::function<void()> silence);
     // Host calls rejected because the host is busy are retried for up to this
     // long before they fail; one setting for the whole process.
     void setHostBusyWaitMs(int64_t ms) { m_hostBusyWaitMs = ms; }
@@ -123,9 +170,15 @@ public:
     WindowObserver* observer() const { return m_observer; }
 
 private:
+    void finish(const std::string& reason);
+    void releaseTransmitter();
+
     Services m_services;
     ProductInfo m_product;
     std::vector<std::unique_ptr<Window>> m_windows;
+    std::shared_ptr<AirStop::Members> m_airStops = std::make_shared<AirStop::Members>();
+    uint64_t m_nextAirStop = 1;
+    bool m_ending = false;
     bool m_ended = false;
     int64_t m_hostBusyWaitMs = 0;
     std::function<void()> m_onEnded;

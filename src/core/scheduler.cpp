@@ -182,7 +182,14 @@ void Scheduler::block(int64_t durationMs) {
             m_blockHook(left);
         else
             std::this_thread::sleep_for(std::chrono::milliseconds(std::min<int64_t>(left, 5)));
+        endIfStopped();
     }
+}
+
+void Scheduler::endIfStopped() const {
+    // The program ended during the wait (a signal, the desktop closing): the
+    // handler that waits must not go on to key anything.
+    if (m_stopped) throw ProgramEnded{};
 }
 
 void Scheduler::blockUntil(const std::function<bool()>& done, int64_t maxMs) {
@@ -194,6 +201,7 @@ void Scheduler::blockUntil(const std::function<bool()>& done, int64_t maxMs) {
             m_blockHook(deadline - now());
         else
             std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        endIfStopped();
     }
 }
 

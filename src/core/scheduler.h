@@ -49,7 +49,8 @@ public:
 
     // A blocking operation (keyed utterance, modal wait). Nothing is dispatched
     // meanwhile; virtual time jumps by the duration, real time waits it out
-    // while the block hook keeps the screen painting.
+    // while the block hook keeps the screen painting. When the program ends
+    // during a real-time wait, the wait throws ProgramEnded.
     void block(int64_t durationMs);
     // Blocks until `done` returns true or `maxMs` has passed.
     void blockUntil(const std::function<bool()>& done, int64_t maxMs);
@@ -94,6 +95,7 @@ private:
     bool dispatchOne(int64_t limit, bool advanceClock);
     void dropStale();
     void runGuarded(const std::function<void()>& fn);
+    void endIfStopped() const;
     void dispatchTimer(const TimerEntry& entry);
 
     Clock& m_clock;

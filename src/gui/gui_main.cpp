@@ -5,6 +5,7 @@
 #include <fstream>
 #include <iostream>
 
+#include "app/end_on_terminate.h"
 #include "app/suite.h"
 #include "platform/audio/air.h"
 #include "gui/gui_session.h"
@@ -53,10 +54,16 @@ int runGui(int argc, char** argv, const HeadlessOptions& options) {
     if (suite.program().ended()) return 0;
     if (started != Program::StartResult::Started) {
         std::cerr << "marrowvane: the hub could not start: " << message << '\n';
+        suite.program().shutdown("the hub could not start: " + message);
         return 1;
     }
     StopSignals stopSignals(suite.program());
+    const EndOnTerminate lastChance(suite.program());
+    // However the event loop comes to quit (the desktop session ending it,
+    // say), the program ends its own way first; once ended, this is a no-op.
+    QObject::connect(&app, &QCoreApplication::aboutToQuit, [&suite] { suite.program().shutdown("desktop closing"); });
     const int status = app.exec();
+    suite.program().shutdown("desktop closing");
     if (!options.recordPath.empty()) suite.air().stopRecording();
     return status;
 }

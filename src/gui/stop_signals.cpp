@@ -6,6 +6,7 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
+#include "app/run_signals.h"
 #include "core/program.h"
 
 namespace mv {
@@ -13,8 +14,8 @@ namespace {
 
 int g_pipe[2] = {-1, -1};
 
-void onSignal(int) {
-    const char byte = 1;
+void onSignal(int signal) {
+    const char byte = static_cast<char>(signal);
     [[maybe_unused]] const ssize_t n = ::write(g_pipe[0], &byte, 1);
 }
 
@@ -44,7 +45,7 @@ StopSignals::~StopSignals() {
 void StopSignals::stop() {
     char byte = 0;
     [[maybe_unused]] const ssize_t n = ::read(g_pipe[1], &byte, 1);
-    m_program.shutdown("stopped by signal");
+    m_program.shutdown(std::string("stopped by ") + signalName(byte));
 }
 
 }  // namespace mv

@@ -166,7 +166,9 @@ TEST_F(HubTest, QuitPromptNoKeepsRunningYesUnkeysAndEnds) {
     suite->scriptedDialogs().queueAnswer("Yes");
     operate([&] { hub->closeBox(); });
     EXPECT_TRUE(suite->program().ended());
-    EXPECT_EQ(suite->host().countCommands("SetPTT"), 1u);
+    // The hub's own release, then the program's, which is always the last.
+    EXPECT_EQ(suite->host().countCommands("SetPTT", "hub"), 1u);
+    EXPECT_EQ(suite->host().commands().back().window, "program");
     EXPECT_EQ(hub->controlAs<Label>("PTT")->caption(), "PTT OFF");
     const size_t after = suite->host().commands().size();
     run(5000);
@@ -189,7 +191,10 @@ TEST_F(HubTest, SaveAndExitSavesAndEndsWithoutAPrompt) {
     operate([&] { static_cast<Button*>(hub->findByCaption(">>>>>>>>  Guardar y Salir  <<<<<<<<"))->click(); });
     EXPECT_TRUE(suite->program().ended());
     EXPECT_EQ(logCount("\"kind\":\"dialog\""), 0u);
-    EXPECT_EQ(suite->host().countCommands("SetPTT"), 0u);
+    // The button unkeys nothing itself; only the program's end releases.
+    EXPECT_EQ(suite->host().countCommands("SetPTT", "hub"), 0u);
+    EXPECT_EQ(suite->host().commands().back().call, "SetPTT");
+    EXPECT_EQ(suite->host().commands().back().window, "program");
     EXPECT_NE(clockFile().find("TOP=300"), std::string::npos);
 }
 

@@ -3,11 +3,6 @@
 
 #include <gtest/gtest.h>
 
-#include <fstream>
-
-#include "app/headless_runner.h"
-#include "support/temp_dir.h"
-
 namespace mv {
 namespace {
 
@@ -78,49 +73,6 @@ TEST(ScenarioTest, BadLinesNameTheFileAndLine) {
             EXPECT_EQ(std::string(e.what()).rfind(expected, 0), 0u) << e.what();
         }
     }
-}
-
-TEST(HeadlessRunnerTest, ABadScenarioStopsBeforeAnythingRuns) {
-    test::TempDir dir;
-    const auto scn = dir.path() / "bad.scn";
-    std::ofstream(scn) << "start 2026-11-22 14:00:00\n+1s rx on\n+1s bogus\n";
-    HeadlessOptions o;
-    o.scenarioPath = scn.string();
-    o.logPath = (dir.path() / "log.jsonl").string();
-    o.settingsDir = (dir.path() / "settings").string();
-    testing::internal::CaptureStderr();
-    EXPECT_EQ(runHeadless(o), 2);
-    EXPECT_NE(testing::internal::GetCapturedStderr().find("bad.scn:3: unknown verb"), std::string::npos);
-    EXPECT_FALSE(std::filesystem::exists(o.logPath));
-    EXPECT_FALSE(std::filesystem::exists(o.settingsDir));
-}
-
-TEST(HeadlessRunnerTest, OperatorMistakesAreLoggedAndTheRunGoesOn) {
-    test::TempDir dir;
-    const auto scn = dir.path() / "ok.scn";
-    std::ofstream(scn) << "start 2026-11-22 14:00:00\n"
-                          "+1s click hub.\"No Such Button\"\n"
-                          "+1s set hub.CHECK3 5\n"
-                          "+1s click player.Foo\n"
-                          "+1s chat \"x /ver/\"\n"
-                          "+1s log hub.DTMFTIME\n"
-                          "+0s log hub.CHECK3\n";
-    HeadlessOptions o;
-    o.scenarioPath = scn.string();
-    o.logPath = (dir.path() / "log.jsonl").string();
-    o.settingsDir = (dir.path() / "settings").string();
-    EXPECT_EQ(runHeadless(o), 0);
-    std::ifstream in(o.logPath);
-    std::string log((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
-    EXPECT_NE(log.find("has no control captioned \\\"No Such Button\\\""), std::string::npos) << log;
-    EXPECT_NE(log.find("a check box takes 0, 1 or 2"), std::string::npos);
-    EXPECT_NE(log.find("no window \\\"player\\\""), std::string::npos);
-    EXPECT_NE(log.find("\"call\":\"SendChatText\""), std::string::npos);
-    // The run names its seed, and `log` reports what a control shows.
-    EXPECT_NE(log.find("{\"t\":\"2026-11-22T14:00:00.000\",\"kind\":\"start\",\"seed\":1}"), std::string::npos) << log;
-    EXPECT_NE(log.find("\"kind\":\"value\",\"window\":\"hub\",\"control\":\"DTMFTIME\",\"value\":\"123\""), std::string::npos);
-    EXPECT_NE(log.find("\"control\":\"CHECK3\",\"value\":1}"), std::string::npos);
-    EXPECT_NE(log.find("{\"t\":\"2026-11-22T14:00:06.000\",\"kind\":\"end\",\"reason\":\"scenario\"}"), std::string::npos);
 }
 
 }  // namespace

@@ -1,0 +1,150 @@
+// The headless runner as an operator uses it: a scenario file in, a log (and
+// an exit status) out, and however the run ends, the transmitter released by
+// the last host command.
+#include "app/headless_runner.h"
+
+#include <gtest/gtest.h>
+
+#include <csignal>
+#include <fstream>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include "support/read_text.h"
+#include "support/temp_dir.h"
+
+namespace mv {
+namespace {
+
+std::vector<std::string> linesOf(const std::string& text) {
+    std::vector<std::string> lines;
+    std::istringstream in(text);
+    for (std::string line; std::getline(in, line);) lines.push_back(line);
+    return lines;
+}
+
+bool has(const std::string& line, const std::string& part) { return line.find(part) != std::string::npos; }
+
+// The last two lines of a run that ended in order: the program's release, then `end`.
+void expectReleasedLast(const std::vector<std::string>& lines, const std::string& reason) {
+    ASSERT_GE(lines.size(), 2u);
+    EXPECT_TRUE(has(lines.back(), "\"kind\":\"end\",\"reason\":\"" + reason + "\"")) << lines.back();
+    EXPECT_TRUE(has(lines[lines.size() - 2], "\"window\":\"program\",\"call\":\"SetPTT\",\"args\":[false]"))
+        << lines[lines.size() - 2];
+    // The program releases once, at the very end.
+    for (size_t i = 0; i + 2 < lines.size(); ++i) {
+        if (!has(lines[i], "\"window\":\"program\",\"call\":\"SetPTT\"")) continue;
+        ADD_FAILURE() << "released before the end: " << lines[i];
+    }
+}
+
+TEST(HeadlessRunnerTest, ABadScenarioStopsBeforeAnythingRuns) {
+    test::TempDir dir;
+    const auto scn = dir.path() / "bad.scn";
+    std::ofstream(scn) << "start 2026-11-22 14:00:00\n+1s rx on\n+1s bogus\n";
+    HeadlessOptions o;
+    o.scenarioPath = scn.string();
+    o.logPath = (dir.path() / "log.jsonl").string();
+    o.settingsDir = (dir.path() / "settings").string();
+    testing::internal::CaptureStderr();
+    EXPECT_EQ(runHeadless(o), 2);
+    EXPECT_NE(testing::internal::GetCapturedStderr().find("bad.scn:3: unknown verb"), std::string::npos);
+    EXPECT_FALSE(std::filesystem::exists(o.logPath));
+    EXPECT_FALSE(std::filesystem::exists(o.settingsDir));
+}
+
+TEST(HeadlessRunnerTest, OperatorMistakesAreLoggedAndTheRunGoesOn) {
+    test::TempDir dir;
+    const auto scn = dir.path() / "ok.scn";
+    std::ofstream(scn) << "start 2026-11-22 14:00:00\n"
+                          "+1s click hub.\"No Such Button\"\n"
+                          "+1s set hub.CHECK3 5\n"
+                          "+1s click player.Foo\n"
+                          "+1s chat \"x /ver/\"\n"
+                          "+1s log hub.DTMFTIME\n"
+                          "+0s log hub.CHECK3\n";
+    HeadlessOptions o;
+    o.scenarioPath = scn.string();
+    o.logPath = (dir.path() / "log.jsonl").string();
+    o.settingsDir = (dir.path() / "settings").string();
+    EXPECT_EQ(runHeadless(o), 0);
+    const std::string log = test::readText(o.logPath);
+    EXPECT_NE(log.find("has no control captioned \\\"No Such Button\\\""), std::string::npos) << log;
+    EXPECT_NE(log.find("a check box takes 0, 1 or 2"), std::string::npos);
+    EXPECT_NE(log.find("no window \\\"player\\\""), std::string::npos);
+    EXPECT_NE(log.find("\"call\":\"SendChatText\""), std::string::npos);
+    // The run names its seed, and `log` reports what a control shows.
+    EXPECT_NE(log.find("{\"t\":\"2026-11-22T14:00:00.000\",\"kind\":\"start\",\"seed\":1}"), std::string::npos) << log;
+    EXPECT_NE(log.find("\"kind\":\"value\",\"window\":\"hub\",\"control\":\"DTMFTIME\",\"value\":\"123\""), std::string::npos);
+    EXPECT_NE(log.find("\"control\":\"CHECK3\",\"value\":1}"), std::string::npos);
+    EXPECT_NE(log.find("{\"t\":\"2026-11-22T14:00:06.000\",\"kind\":\"end\",\"reason\":\"scenario\"}"), std::string::npos);
+}
+
+
+TEST(HeadlessRunnerTest, ARunEndingInTheMiddleOfAnAnnouncementStopsItAndReleasesLast) {
+    // With an `end` line, and without one (the run stops 1 s after the last line).
+    for (const char* ending : {"+1s end\n", ""}) {
+        SCOPED_TRACE(*ending ? "end line" : "last line's second");
+        test::TempDir dir;
+        const auto scn = dir.path() / "cut.scn";
+        std::ofstream(scn) << "start 2026-11-22 13:59:50\n13:59:52 click hub.\"Say The Time\"\n" << ending;
+        HeadlessOptions o;
+        o.scenarioPath = scn.string();
+        o.logPath = (dir.path() / "log.jsonl").string();
+        o.settingsDir = (dir.path() / "settings").string();
+        EXPECT_EQ(runHeadless(o), 0);
+        const auto lines = linesOf(test::readText(o.logPath));
+        expectReleasedLast(lines, "scenario");
+        ASSERT_GE(lines.size(), 3u);
+        EXPECT_TRUE(has(lines[lines.size() - 3], "\"kind\":\"media\"") && has(lines[lines.size() - 3], "\"op\":\"stop\""))
+            << "the voice stops on the air first: " << lines[lines.size() - 3];
+    }
+}
+
+TEST(HeadlessRunnerTest, SighupInRealTimeWhileKeyedReleasesAndExitsWithStatusZero) {
+    test::TempDir dir;
+    const auto scn = dir.path() / "long.scn";
+    std::ofstream(scn) << "start 2026-11-22 13:59:50\n+0ms click hub.\"Say The Time\"\n+1m end\n";
+    int out[2];
+    ASSERT_EQ(::pipe(out), 0);
+    const std::string bin = MV_BINARY;
+    const std::vector<std::string> args = {bin, "--headless", "--realtime", "--scenario", scn.string(), "--settings-dir",
+                                           (dir.path() / "settings").string()};
+    const pid_t pid = ::fork();
+    if (pid == 0) {
+        ::dup2(out[1], STDOUT_FILENO);
+        ::close(out[0]);
+        std::vector<char*> argv;
+        for (const auto& a : args) argv.push_back(const_cast<char*>(a.c_str()));
+        argv.push_back(nullptr);
+        ::execv(argv[0], argv.data());
+        ::_exit(127);
+    }
+    ::close(out[1]);
+    // The log comes down the pipe line by line; the signal goes once the
+    // transmitter is keyed, and the rest is read to the end of the run.
+    std::string log;
+    bool signalled = false;
+    char buf[4096];
+    for (ssize_t n; (n = ::read(out[0], buf, sizeof buf)) > 0;) {
+        log.append(buf, static_cast<size_t>(n));
+        if (!signalled && has(log, "\"call\":\"SetPTT\",\"args\":[true]")) {
+            ::kill(pid, SIGHUP);
+            signalled = true;
+        }
+    }
+    ::close(out[0]);
+    int status = 0;
+    ::waitpid(pid, &status, 0);
+    ASSERT_TRUE(signalled) << log;
+    ASSERT_TRUE(WIFEXITED(status)) << "killed by signal " << (WIFSIGNALED(status) ? WTERMSIG(status) : 0);
+    EXPECT_EQ(WEXITSTATUS(status), 0);
+    expectReleasedLast(linesOf(log), "stopped by SIGHUP");
+}
+
+}  // namespace
+}  // namespace mv
