@@ -125,9 +125,11 @@ Timer& Window::makeTimer(std::string name, int intervalMs, bool enabled, std::fu
 
 void Window::createHostObject() { m_host = m_program.createHostObject(*this); }
 
-void Window::setModuleCaption(const std::string& tag) {
+std::string Window::setModuleCaption(const std::string& tag) {
     const ProductInfo& p = m_program.product();
-    setCaption(p.name + "    " + host().stationInfo().callsign + "   v" + p.versionText() + tag);
+    std::string callsign = host().stationInfo().callsign;
+    setCaption(p.name + "    " + callsign + "   v" + p.versionText() + tag);
+    return callsign;
 }
 
 Scheduler& Window::scheduler() { return m_program.scheduler(); }

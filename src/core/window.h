@@ -109,8 +109,8 @@ protected:
     void createHostObject();
     // The caption of a module window with a host object: the product, four
     // blanks, the node's callsign (asked of the host), "   v", the version,
-    // then the window's own tag.
-    void setModuleCaption(const std::string& tag);
+    // then the window's own tag. Returns the callsign it read.
+    std::string setModuleCaption(const std::string& tag);
     // A save button: writes every key of `binder` and tells the operator how
     // it went in the status line (and the log, when it failed). True when
     // every key was saved.

@@ -1,7 +1,8 @@
 // marrowvane-screenshots DIR: starts the suite offscreen with fresh settings,
-// shows every window, lets the node do a little (a station connects, a chat
-// asks for the version) and saves each window as DIR/<window>.png, the hub
-// once per tab, and the host console as DIR/host-console.png.
+// shows every window, lets the node do a little (stations connect, a few chat
+// lines arrive, one asks for the version, the operator answers) and saves
+// each window as DIR/<window>.png, the hub once per tab, and the host console
+// as DIR/host-console.png.
 #include <QApplication>
 #include <QDir>
 #include <QEventLoop>
@@ -69,8 +70,19 @@ int main(int argc, char** argv) {
         }
     }
     suite.host().stationConnects("EA4XYZ-L", "Juan", "Madrid");
-    suite.host().receiveChat("hola /ver/");
-    runFor(700);
+    suite.host().stationConnects("K1ABC", "Ann", "192.0.2.44");
+    suite.host().stationConnects("LU7DW-R", "Repetidora La Plata", "198.51.100.17");
+    suite.host().receiveChat("EA4XYZ-L>buenos dias a todos desde Madrid");
+    suite.host().receiveChat("K1ABC>good morning Juan, 59 here in Boston");
+    suite.host().receiveChat("LU7DW-R>que /ver/ usas?");
+    runFor(300);
+    // The operator answers from the message window, as if typed and sent.
+    if (mv::Window* messages = suite.program().window("messages"); messages && messages->isLoaded()) {
+        auto* entry = messages->controlAs<mv::TextBox>("MessageEntry");
+        entry->setText("bienvenidos al nodo, 73");
+        entry->pressEnter();
+    }
+    runFor(400);
 
     bool ok = true;
     for (const auto& window : suite.program().windows()) {

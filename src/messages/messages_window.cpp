@@ -66,8 +66,7 @@ void MessagesWindow::build() {
 
 void MessagesWindow::onLoad() {
     createHostObject();
-    m_ownCall = host().stationInfo().callsign;
-    setModuleCaption("   Text Messages");
+    m_ownCall = setModuleCaption("   Text Messages");
     m_binder.load(settings(), log());
 }
 

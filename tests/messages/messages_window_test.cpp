@@ -72,6 +72,8 @@ TEST_F(MessagesTest, LoadsOnItsFirstButtonPressAndSeesNoChatFromBefore) {
     ASSERT_TRUE(window->isLoaded());
     EXPECT_TRUE(window->isVisible());
     EXPECT_EQ(window->caption(), "Marrowvane    N0CALL   v1.0.0   Text Messages");
+    EXPECT_EQ(suite->host().countCommands("StationInfo", "messages"), 1u);
+    EXPECT_EQ(suite->host().countCommands("SetPTT", "messages"), 0u) << "the transmitter is not touched";
     EXPECT_TRUE(lines().empty());
     EXPECT_EQ(check("CHECK1").value(), 1);
     EXPECT_EQ(check("CHECK2").value(), 1);
