@@ -31,10 +31,6 @@ public:
     const std::string& stampedIncoming() const { return m_stampedIncoming; }
     const std::string& stampedOutgoing() const { return m_stampedOutgoing; }
 
-    // Whether the filter hides `text`: ".list" or a non-empty filter word
-    // first found after its first character (case counts).
-    static bool filtered(const std::string& text, const std::vector<std::string>& words);
-
     // HostEvents
     void onChatTextReceived(const std::string& text) override;
     void onClosing() override;
@@ -45,6 +41,9 @@ protected:
     CloseDecision onQueryClose() override;
 
 private:
+    // Whether the filter hides `text`: ".list" or a non-empty filter word
+    // first found after its first character (case counts).
+    static bool filtered(const std::string& text, const std::vector<std::string>& words);
     void readAloud(const std::string& text);
     std::string hourMinute();
     std::string ownCallsign();

@@ -361,6 +361,19 @@ TEST_F(LineLogViewTest, FollowsTheNewestLineUnlessTheOperatorScrolledBackToRead)
     panel->log->append("following again");
     EXPECT_TRUE(atNewest());
     EXPECT_EQ(edit->textCursor().position(), edit->document()->characterCount() - 1) << "caret after the newest line";
+
+    // A window that logged while hidden opens at its newest line.
+    view.reset();
+    QWidget hidden;
+    hidden.resize(400, 200);
+    view = std::make_unique<WindowView>(*panel, hidden, [this](std::function<void()> f) { rig.scheduler.post(std::move(f)); });
+    edit = as<QPlainTextEdit>(view->widgetFor(*panel->log));
+    for (int i = 0; i < 30; ++i) panel->log->append("while hidden " + std::to_string(i));
+    hidden.show();
+    QCoreApplication::processEvents();
+    ASSERT_GT(edit->verticalScrollBar()->maximum(), 0);
+    EXPECT_TRUE(atNewest());
+    view.reset();
 }
 
 TEST_F(LineLogViewTest, EnterInAnEntryRunsAfterItsTypingAndAFocusRequestTakesTheFocus) {
