@@ -6,6 +6,7 @@
 #include <random>
 
 #include "app/end_on_terminate.h"
+#include "app/log_file.h"
 #include "app/run_signals.h"
 #include "app/scenario.h"
 #include "app/suite.h"
@@ -137,21 +138,21 @@ int runHeadless(const HeadlessOptions& options) {
         return 2;
     }
 
-    std::ofstream logFile;
+    LogFile logFile;
     std::ostream* logStream = &std::cout;
     if (!options.logPath.empty()) {
-        logFile.open(options.logPath, std::ios::binary | std::ios::trunc);
-        if (!logFile) {
+        if (!logFile.open(options.logPath, true)) {
             std::cerr << "marrowvane: cannot write the log file " << options.logPath << '\n';
             return 1;
         }
-        logStream = &logFile;
+        logStream = &logFile.stream();
     }
 
     SuiteOptions so;
     so.settingsDir = options.settingsDir.empty() ? defaultSettingsFolder() : std::filesystem::path(options.settingsDir);
     if (!options.realtime) so.virtualStart = scenario.start;
     so.logStream = logStream;
+    so.logQueries = options.logQueries;
     so.defaultVoiceFolder = installedVoiceFolder();
 
     // Before the suite exists, so every thread it starts inherits the mask.
@@ -182,6 +183,8 @@ int runHeadless(const HeadlessOptions& options) {
     suite.log().write({{}, "start", {{"seed", LogValue{static_cast<int64_t>(seed)}}}});
 
     auto stopOnSignal = [&] {
+        if (signals.takeReopenRequest() && !options.logPath.empty() && !logFile.reopen())
+            suite.log().error("", "cannot reopen the log file " + options.logPath + "; still writing to the old one");
         if (signals.stopSignal() != 0) program.shutdown(std::string("stopped by ") + signalName(signals.stopSignal()));
     };
     if (options.realtime) {

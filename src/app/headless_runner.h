@@ -13,6 +13,9 @@ struct HeadlessOptions {
     std::string recordPath;
     std::string settingsDir;  // empty: the default settings folder
     bool realtime = false;
+    // Log every host query and every repeated command too (off: the log
+    // keeps to what changes something).
+    bool logQueries = false;
     // The seed of the suite's random choices. Virtual time uses 1 unless told
     // otherwise, so a scenario replays the same way; a real-time run draws
     // one. Either way the log names it once the suite has started.

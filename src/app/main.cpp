@@ -26,7 +26,9 @@ void usage(std::ostream& out) {
            "  --record FILE.wav    record the air (and the transmitter in FILE.wav.tx)\n"
            "  --headless           run a scenario without a window; needs --scenario\n"
            "  --scenario FILE      the scenario to run\n"
-           "  --log FILE           write the event log to FILE (default: standard output)\n"
+           "  --log FILE           write the event log to FILE (default: standard output);\n"
+           "                       SIGUSR1 reopens it, for log rotation\n"
+           "  --log-queries        log host queries and repeated commands too\n"
            "  --realtime           run the scenario on the real clock and sound device\n"
            "  --seed N             seed the random choices (virtual time default: 1)\n"
            "  --help               show this help and exit\n"
@@ -69,6 +71,7 @@ int main(int argc, char** argv) {
         else if (arg == "--record") options.recordPath = value("--record");
         else if (arg == "--settings-dir") options.settingsDir = value("--settings-dir");
         else if (arg == "--realtime") options.realtime = true;
+        else if (arg == "--log-queries") options.logQueries = true;
         else if (arg == "--seed") {
             long long n = 0;
             const std::string v = value("--seed");

@@ -8,7 +8,7 @@ namespace mv {
 
 RunSignals::RunSignals() {
     sigemptyset(&m_set);
-    for (int s : {SIGINT, SIGTERM, SIGHUP}) sigaddset(&m_set, s);
+    for (int s : {SIGINT, SIGTERM, SIGHUP, SIGUSR1}) sigaddset(&m_set, s);
     pthread_sigmask(SIG_BLOCK, &m_set, &m_previous);
 }
 
@@ -28,7 +28,10 @@ void RunSignals::wait(int64_t ms) {
             if (errno == EINTR) continue;  // another signal's handler ran; wait on
             return;                        // EAGAIN: the time is up
         }
-        if (m_stop == 0) m_stop = s;
+        if (s == SIGUSR1)
+            m_reopen = true;
+        else if (m_stop == 0)
+            m_stop = s;
         // Whatever else is pending is looked at now, without waiting again.
         timeout = {0, 0};
     }

@@ -1,6 +1,7 @@
 #pragma once
 // The signals a headless run answers: SIGINT, SIGTERM and SIGHUP end it in
-// order (air silenced, transmitter released, `end` logged). They are blocked
+// order (air silenced, transmitter released, `end` logged); SIGUSR1 asks for
+// the log file to be reopened (logrotate). They are blocked
 // from the moment this exists, so no thread the audio back end starts later
 // can be killed by one, and they are taken only where the run waits: a nap
 // until the next timer ends the moment one arrives, and costs no extra
@@ -21,11 +22,18 @@ public:
     void wait(int64_t ms);
     // The signal that asked the run to stop, or 0.
     int stopSignal() const { return m_stop; }
+    // True once after each SIGUSR1.
+    bool takeReopenRequest() {
+        const bool asked = m_reopen;
+        m_reopen = false;
+        return asked;
+    }
 
 private:
     sigset_t m_set{};
     sigset_t m_previous{};
     int m_stop = 0;
+    bool m_reopen = false;
 };
 
 // "SIGHUP" for SIGHUP, and so on, for the log's `end` reason.

@@ -17,6 +17,7 @@ Suite::Suite(const SuiteOptions& options) {
     m_scheduler = std::make_unique<Scheduler>(*m_clock);
     m_log.setTimeSource([this] { return m_clock->localTimeAt(m_clock->monotonicMs()); });
     m_log.setStream(options.logStream);
+    m_log.setRecordsQueries(options.logQueries);
     m_scheduler->setErrorSink([this](const std::string& message) { m_log.error("", message); });
     m_air = std::make_unique<Air>(*m_clock, [this](const std::string& note) { m_log.error("", "audio: " + note); });
     m_host = std::make_unique<SimulatedHost>(*m_scheduler, m_log);

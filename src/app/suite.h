@@ -37,6 +37,8 @@ struct SuiteOptions {
     // Virtual time starting at this local date-time; real time when empty.
     std::optional<LocalDateTime> virtualStart;
     std::ostream* logStream = nullptr;
+    // Host queries and repeated commands in the log too (--log-queries).
+    bool logQueries = false;
     // Folder of the voice installed with the program.
     std::string defaultVoiceFolder;
 };

@@ -38,6 +38,11 @@ public:
     using Listener = std::function<void(const LogRecord&)>;
     void addListener(Listener listener) { m_listeners.push_back(std::move(listener)); }
     bool active() const { return m_stream != nullptr || !m_listeners.empty(); }
+    // Whether host queries (IsTransmitting, IsBusy, ...) and commands that
+    // only repeat a line's state are logged too; off by default, since the
+    // 100 ms timers would fill the disk (--log-queries turns it on).
+    void setRecordsQueries(bool on) { m_recordsQueries = on; }
+    bool recordsQueries() const { return m_recordsQueries && active(); }
 
     // A host event as it was injected: {"kind":"event","event":"EchoLink_RX","args":[true]}
     void hostEvent(const std::string& event, std::vector<LogValue> args);
@@ -59,6 +64,7 @@ private:
     std::function<LocalDateTime()> m_timeSource;
     std::ostream* m_stream = nullptr;
     std::vector<Listener> m_listeners;
+    bool m_recordsQueries = false;
 };
 
 }  // namespace mv

@@ -10,10 +10,18 @@ namespace mv {
 
 namespace {
 constexpr int64_t kBusyRetryStepMs = 50;
-}
+LogValue resultValue(bool r) { return r; }
+LogValue resultValue(const StationInfo& info) { return info.callsign; }
+}  // namespace
 
 HostCallLog::HostCallLog(std::unique_ptr<HostObject> inner, std::string window, Program& program)
     : m_inner(std::move(inner)), m_window(std::move(window)), m_program(program) {}
+
+void HostCallLog::refuseAfterEnd() const {
+    // Once the end has released the transmitter, nothing may key it again:
+    // a handler still on the stack unwinds at its next host call.
+    if (m_program.ended()) throw ProgramEnded{};
+}
 
 template <class F>
 auto HostCallLog::call(const char* name, F&& f) -> decltype(f()) {
@@ -36,98 +44,93 @@ auto HostCallLog::call(const char* name, F&& f) -> decltype(f()) {
     }
 }
 
-// Once the end has released the transmitter, nothing may key it again: a
-// handler still on the stack unwinds at its next host call.
-#define MV_REFUSE_AFTER_END() \
-    if (m_program.ended()) throw ProgramEnded {}
-#define MV_LOG(name, ...) \
-    MV_REFUSE_AFTER_END(); \
+template <class F>
+auto HostCallLog::query(const char* name, std::vector<LogValue> args, F&& f) -> decltype(f()) {
+    // The 100 ms timers ask the same questions all day long; the answers are
+    // in the log only when asked for (--log-queries).
+    refuseAfterEnd();
+    auto r = call(name, std::forward<F>(f));
+    if (m_program.log().recordsQueries()) m_program.log().hostCall(m_window, name, std::move(args), resultValue(r));
+    return r;
+}
+
+template <class F>
+void HostCallLog::setLine(const char* name, std::optional<bool> HostLineMemory::*line, bool on, F&& f) {
+    refuseAfterEnd();
+    std::optional<bool>& known = m_program.hostLines().*line;
+    // A release check that unkeys every second while nothing is keyed tells
+    // the host nothing new: sent as always, logged only when it changes the
+    // line (or when asked for every call).
+    if (known != on || m_program.log().recordsQueries()) m_program.log().hostCall(m_window, name, {on});
+    known.reset();
+    call(name, std::forward<F>(f));
+    known = on;
+}
+
+#define MV_COMMAND(name, ...)    \
+    refuseAfterEnd();            \
     m_program.log().hostCall(m_window, name, {__VA_ARGS__})
-#define MV_LOGR(name, result, ...) m_program.log().hostCall(m_window, name, {__VA_ARGS__}, LogValue{result})
 
 void HostCallLog::connect(const std::string& c, bool flag) {
-    MV_LOG("Connect", c, flag);
+    MV_COMMAND("Connect", c, flag);
     call("Connect", [&] { m_inner->connect(c, flag); });
 }
 void HostCallLog::disconnect(const std::string& c) {
-    MV_LOG("Disconnect", c);
+    MV_COMMAND("Disconnect", c);
     call("Disconnect", [&] { m_inner->disconnect(c); });
 }
 void HostCallLog::disconnectAll() {
-    MV_LOG("DisconnectAll");
+    MV_COMMAND("DisconnectAll");
     call("DisconnectAll", [&] { m_inner->disconnectAll(); });
 }
 void HostCallLog::setPTT(bool on) {
-    MV_LOG("SetPTT", on);
-    call("SetPTT", [&] { m_inner->setPTT(on); });
+    setLine("SetPTT", &HostLineMemory::ptt, on, [&] { m_inner->setPTT(on); });
 }
 bool HostCallLog::isBusy() {
-    MV_REFUSE_AFTER_END();
-    const bool r = call("IsBusy", [&] { return m_inner->isBusy(); });
-    MV_LOGR("IsBusy", r);
-    return r;
+    return query("IsBusy", {}, [&] { return m_inner->isBusy(); });
 }
 bool HostCallLog::isReceiving() {
-    MV_REFUSE_AFTER_END();
-    const bool r = call("IsReceiving", [&] { return m_inner->isReceiving(); });
-    MV_LOGR("IsReceiving", r);
-    return r;
+    return query("IsReceiving", {}, [&] { return m_inner->isReceiving(); });
 }
 bool HostCallLog::isTransmitting() {
-    MV_REFUSE_AFTER_END();
-    const bool r = call("IsTransmitting", [&] { return m_inner->isTransmitting(); });
-    MV_LOGR("IsTransmitting", r);
-    return r;
+    return query("IsTransmitting", {}, [&] { return m_inner->isTransmitting(); });
 }
 bool HostCallLog::isCarrierDetected() {
-    MV_REFUSE_AFTER_END();
-    const bool r = call("IsCarrierDetected", [&] { return m_inner->isCarrierDetected(); });
-    MV_LOGR("IsCarrierDetected", r);
-    return r;
+    return query("IsCarrierDetected", {}, [&] { return m_inner->isCarrierDetected(); });
 }
 void HostCallLog::sendCW(int32_t option, const std::string& text) {
-    MV_LOG("SendCW", int64_t{option}, text);
+    MV_COMMAND("SendCW", int64_t{option}, text);
     call("SendCW", [&] { m_inner->sendCW(option, text); });
 }
 bool HostCallLog::isConnectedTo(const std::string& c) {
-    MV_REFUSE_AFTER_END();
-    const bool r = call("IsConnectedTo", [&] { return m_inner->isConnectedTo(c); });
-    MV_LOGR("IsConnectedTo", r, c);
-    return r;
+    return query("IsConnectedTo", {c}, [&] { return m_inner->isConnectedTo(c); });
 }
 StationInfo HostCallLog::stationInfo() {
-    MV_REFUSE_AFTER_END();
-    StationInfo info = call("StationInfo", [&] { return m_inner->stationInfo(); });
-    MV_LOGR("StationInfo", info.callsign);
-    return info;
+    return query("StationInfo", {}, [&] { return m_inner->stationInfo(); });
 }
 void HostCallLog::transmitDTMF(const std::string& digit) {
-    MV_LOG("TransmitDTMF", digit);
+    MV_COMMAND("TransmitDTMF", digit);
     call("TransmitDTMF", [&] { m_inner->transmitDTMF(digit); });
 }
 void HostCallLog::setRTS(bool on) {
-    MV_LOG("SetRTS", on);
-    call("SetRTS", [&] { m_inner->setRTS(on); });
+    setLine("SetRTS", &HostLineMemory::rts, on, [&] { m_inner->setRTS(on); });
 }
 void HostCallLog::setDTR(bool on) {
-    MV_LOG("SetDTR", on);
-    call("SetDTR", [&] { m_inner->setDTR(on); });
+    setLine("SetDTR", &HostLineMemory::dtr, on, [&] { m_inner->setDTR(on); });
 }
 void HostCallLog::sendChatText(const std::string& text) {
-    MV_LOG("SendChatText", text);
+    MV_COMMAND("SendChatText", text);
     call("SendChatText", [&] { m_inner->sendChatText(text); });
 }
 void HostCallLog::executeDTMF(const std::string& digits) {
-    MV_LOG("ExecuteDTMF", digits);
+    MV_COMMAND("ExecuteDTMF", digits);
     call("ExecuteDTMF", [&] { m_inner->executeDTMF(digits); });
 }
 void HostCallLog::performAction(int32_t action) {
-    MV_LOG("PerformAction", int64_t{action});
+    MV_COMMAND("PerformAction", int64_t{action});
     call("PerformAction", [&] { m_inner->performAction(action); });
 }
 
-#undef MV_LOG
-#undef MV_LOGR
-#undef MV_REFUSE_AFTER_END
+#undef MV_COMMAND
 
 }  // namespace mv

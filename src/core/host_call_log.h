@@ -1,16 +1,28 @@
 #pragma once
-// Wraps a window's host object: logs every command with the calling window,
-// its arguments and its result, applies the process-wide wait policy to
-// calls the host refuses as busy, and refuses every call once the program has
-// ended.
+// Wraps a window's host object: logs the commands that change something, with
+// the calling window, its arguments and its result, leaves out what only
+// repeats (queries, unless asked for, and a line set to the state it already
+// has), applies the process-wide wait policy to calls the host refuses as
+// busy, and refuses every call once the program has ended.
 #include <memory>
+#include <optional>
 #include <string>
 
+#include "core/event_log.h"
 #include "core/host_link.h"
 
 namespace mv {
 
 class Program;
+
+// What the suite last told the host about its switchable lines, shared by
+// every window's call log. Unknown until first set, and again after a call
+// that failed. Only the log uses it: every command still goes to the host.
+struct HostLineMemory {
+    std::optional<bool> ptt;
+    std::optional<bool> dtr;
+    std::optional<bool> rts;
+};
 
 class HostCallLog final : public HostObject {
 public:
@@ -37,6 +49,12 @@ public:
 private:
     template <class F>
     auto call(const char* name, F&& f) -> decltype(f());
+    template <class F>
+    auto query(const char* name, std::vector<LogValue> args, F&& f) -> decltype(f());
+    // A command that sets a line: logged unless the line already has `on`.
+    template <class F>
+    void setLine(const char* name, std::optional<bool> HostLineMemory::*line, bool on, F&& f);
+    void refuseAfterEnd() const;
 
     std::unique_ptr<HostObject> m_inner;
     std::string m_window;

@@ -119,6 +119,9 @@ void Program::releaseTransmitter() {
     // be done about it here.
     try {
         HostCallLog host(m_services.host.createObject("program", nullptr), "program", *this);
+        // Logged even when the transmitter is already known to be released:
+        // the log of every run ends by saying so.
+        m_hostLines.ptt.reset();
         host.setPTT(false);
     } catch (const HostError&) {
         // The call log has said why.

@@ -10,6 +10,7 @@
 #include <string_view>
 #include <vector>
 
+#include "core/host_call_log.h"
 #include "core/window.h"
 
 namespace mv {
@@ -150,9 +151,12 @@ public:
     void setHostBusyWaitMs(int64_t ms) { m_hostBusyWaitMs = ms; }
     int64_t hostBusyWaitMs() const { return m_hostBusyWaitMs; }
 
-    // A host object for a window: the host's own, with every call logged and
-    // the busy-wait policy applied.
+    // A host object for a window: the host's own, with its commands logged
+    // and the busy-wait policy applied.
     std::unique_ptr<HostObject> createHostObject(Window& window);
+    // What the suite last told the host about the transmitter and the serial
+    // lines, shared by every window's call log (see HostCallLog).
+    HostLineMemory& hostLines() { return m_hostLines; }
 
     // Folder of the voice recordings installed with the program; the hub's
     // "Default" buttons put it into the voice folder fields.
@@ -178,6 +182,7 @@ private:
     std::vector<std::unique_ptr<Window>> m_windows;
     std::shared_ptr<AirStop::Members> m_airStops = std::make_shared<AirStop::Members>();
     uint64_t m_nextAirStop = 1;
+    HostLineMemory m_hostLines;
     bool m_ending = false;
     bool m_ended = false;
     int64_t m_hostBusyWaitMs = 0;

@@ -6,6 +6,7 @@
 #include <iostream>
 
 #include "app/end_on_terminate.h"
+#include "app/log_file.h"
 #include "app/suite.h"
 #include "platform/audio/air.h"
 #include "gui/gui_session.h"
@@ -20,13 +21,13 @@ int runGui(int argc, char** argv, const HeadlessOptions& options) {
     // Only the engine ends the program (quit prompts, host closing).
     QApplication::setQuitOnLastWindowClosed(false);
 
-    std::ofstream logFile;
+    LogFile logFile;
     SuiteOptions so;
     so.settingsDir = options.settingsDir.empty() ? defaultSettingsFolder() : std::filesystem::path(options.settingsDir);
     so.defaultVoiceFolder = installedVoiceFolder();
+    so.logQueries = options.logQueries;
     if (!options.logPath.empty()) {
-        logFile.open(options.logPath, std::ios::binary | std::ios::app);
-        if (logFile) so.logStream = &logFile;
+        if (logFile.open(options.logPath, false)) so.logStream = &logFile.stream();
         else std::cerr << "marrowvane: cannot write the log file " << options.logPath << '\n';
     }
     std::error_code ignored;
@@ -57,7 +58,10 @@ int runGui(int argc, char** argv, const HeadlessOptions& options) {
         suite.program().shutdown("the hub could not start: " + message);
         return 1;
     }
-    StopSignals stopSignals(suite.program());
+    StopSignals stopSignals(suite.program(), [&logFile, &suite] {
+        if (!logFile.path().empty() && !logFile.reopen())
+            suite.log().error("", "cannot reopen the log file " + logFile.path() + "; still writing to the old one");
+    });
     const EndOnTerminate lastChance(suite.program());
     // However the event loop comes to quit (the desktop session ending it,
     // say), the program ends its own way first; once ended, this is a no-op.

@@ -11,6 +11,7 @@
 #include <string>
 #include <vector>
 
+#include <pthread.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -103,6 +104,27 @@ TEST(HeadlessRunnerTest, ARunEndingInTheMiddleOfAnAnnouncementStopsItAndReleases
         EXPECT_TRUE(has(lines[lines.size() - 3], "\"kind\":\"media\"") && has(lines[lines.size() - 3], "\"op\":\"stop\""))
             << "the voice stops on the air first: " << lines[lines.size() - 3];
     }
+}
+
+TEST(HeadlessRunnerTest, ASignalEndsARunInVirtualTimeInOrderToo) {
+    test::TempDir dir;
+    const auto scn = dir.path() / "day.scn";
+    std::ofstream(scn) << "start 2026-11-22 13:59:50\n+24h end\n";
+    HeadlessOptions o;
+    o.scenarioPath = scn.string();
+    o.logPath = (dir.path() / "log.jsonl").string();
+    o.settingsDir = (dir.path() / "settings").string();
+    // Blocked here first, so raising it cannot kill the test before the run looks.
+    sigset_t interrupt, previous;
+    sigemptyset(&interrupt);
+    sigaddset(&interrupt, SIGINT);
+    pthread_sigmask(SIG_BLOCK, &interrupt, &previous);
+    std::raise(SIGINT);
+    EXPECT_EQ(runHeadless(o), 0);
+    pthread_sigmask(SIG_SETMASK, &previous, nullptr);
+    const auto lines = linesOf(test::readText(o.logPath));
+    expectReleasedLast(lines, "stopped by SIGINT");
+    EXPECT_EQ(lines.back().rfind("{\"t\":\"2026-11-22T13:59:50.000\"", 0), 0u) << "not a day later: " << lines.back();
 }
 
 TEST(HeadlessRunnerTest, SighupInRealTimeWhileKeyedReleasesAndExitsWithStatusZero) {

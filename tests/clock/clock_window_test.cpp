@@ -103,6 +103,21 @@ TEST_F(ClockTest, ACarrierAcrossTheQuarterPreventsItAndNothingFollowsLater) {
     EXPECT_TRUE(spoken().empty());
 }
 
+TEST_F(ClockTest, AnIdleHourLogsItsAnnouncementsAndNoneOfThePolling) {
+    start({2026, 11, 22, 13, 59, 50, 0});
+    runTo(14, 59, 50);
+    // Four announcements, each keyed once and released once, after the
+    // load's release; not the 100 ms queries, nor the release check
+    // repeating SetPTT(false) every second.
+    EXPECT_EQ(logCount("\"call\":\"SetPTT\",\"args\":[true]"), 4u);
+    EXPECT_EQ(logCount("\"call\":\"SetPTT\",\"args\":[false]"), 5u);
+    EXPECT_EQ(logCount("\"call\":\"Is"), 0u);
+    EXPECT_GT(suite->host().countCommands("IsTransmitting"), 35000u) << "the polling itself goes on";
+    // About 22 KB, nearly all of it the announcements' media lines (a day:
+    // about half a megabyte); every query logged made it 6 MB.
+    EXPECT_LT(logText.str().size(), 25000u);
+}
+
 TEST_F(ClockTest, DtmfTimeCodeSpeaksAtOnceWhileBusyWithTheLastFreeTicksTime) {
     start({2026, 11, 22, 9, 41, 50, 0});
     runTo(9, 41, 58);
