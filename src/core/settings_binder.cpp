@@ -74,7 +74,9 @@ void SettingsBinder::apply(const Entry& e, const std::string& text, EventLog& lo
 }
 
 void SettingsBinder::load(SettingsStore& store, EventLog& log, const std::vector<std::string>& order) {
-    auto loadOne = [&](const Entry& e) { apply(e, store.read(m_fileName, e.key, e.defaultValue, m_readBuffer), log); };
+    const SettingsSnapshot file = store.load(m_fileName);
+    if (!file.problem().empty()) log.error(m_window, file.problem());
+    auto loadOne = [&](const Entry& e) { apply(e, file.value(e.key, e.defaultValue, m_readBuffer), log); };
     if (order.empty()) {
         for (const Entry& e : m_entries) loadOne(e);
         return;
@@ -93,19 +95,19 @@ std::string SettingsBinder::textOf(const Entry& e) const {
     return {};
 }
 
-int SettingsBinder::save(SettingsStore& store, EventLog& log) const {
-    int written = 0;
-    for (const Entry& e : m_entries) {
-        const SettingsStore::WriteResult r = store.write(m_fileName, e.key, textOf(e));
-        if (!r.written) {
-            log.error(m_window, m_fileName + ": " + e.key + " not saved: " + r.error);
-            continue;
-        }
-        if (r.lineBreaksReplaced)
-            log.error(m_window, m_fileName + ": " + e.key + " held line breaks; saved with blanks in their place");
-        ++written;
+SettingsCommit SettingsBinder::save(SettingsStore& store, EventLog& log) const {
+    SettingsEdit edit(m_fileName);
+    for (const Entry& e : m_entries) edit.set(e.key, textOf(e));
+    SettingsCommit result = store.commit(edit);
+    if (!result.written) {
+        log.error(m_window, "settings not saved: " + result.error);
+        return result;
     }
-    return written;
+    for (const std::string& key : result.keysWithLineBreaks)
+        log.error(m_window, m_fileName + ": " + key + " held line breaks; saved with blanks in their place");
+    for (const std::string& key : result.keysWithLostCharacters)
+        log.error(m_window, m_fileName + ": " + key + " has characters Windows-1252 cannot hold; saved with '?' in their place");
+    return result;
 }
 
 void ensureOneSelected(OptionGroup& group, OptionButton& fallback) {

@@ -1,18 +1,18 @@
 #pragma once
 // Ties a module's settings keys to its controls: loads each key, in the
 // module's order, straight into its control with the conversion its kind
-// needs, and saves them back in the module's write order. A value that cannot
-// be converted (a settings file edited by hand) falls back to that key's
-// default and the fallback is logged, so the window still loads.
+// needs, and saves them all back as one change of the file. A value that
+// cannot be converted (a settings file edited by hand) falls back to that
+// key's default and the fallback is logged, so the window still loads.
 #include <functional>
 #include <string>
 #include <vector>
 
 #include "core/controls.h"
+#include "core/settings_store.h"
 
 namespace mv {
 
-class SettingsStore;
 class EventLog;
 
 class SettingsBinder {
@@ -25,11 +25,13 @@ public:
     void bindPosition(const std::string& key, std::function<float()> get, std::function<void(float)> set,
                       std::string defaultValue);
 
-    // Reads the keys in `order` (every bound key when empty).
+    // Reads the keys in `order` (every bound key when empty). A file that
+    // cannot be read is logged and every key takes its default.
     void load(SettingsStore& store, EventLog& log, const std::vector<std::string>& order = {});
-    // Writes every bound key in the order they were bound. Returns the number of
-    // keys written; a key that could not be written is logged.
-    int save(SettingsStore& store, EventLog& log) const;
+    // Writes every bound key, in the order they were bound, as one commit of
+    // the file: all of them or, when the save fails, none. A failure and any
+    // value that could not be stored exactly are logged.
+    SettingsCommit save(SettingsStore& store, EventLog& log) const;
 
     const std::string& fileName() const { return m_fileName; }
     size_t keyCount() const { return m_entries.size(); }

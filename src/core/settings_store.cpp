@@ -1,22 +1,28 @@
 #include "core/settings_store.h"
 
-#include <algorithm>
 #include <cctype>
 #include <cerrno>
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <fstream>
-#include <sstream>
 #include <system_error>
-#include <vector>
 
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace mv {
 namespace {
+
+namespace fs = std::filesystem;
+
+// Far beyond any real settings file; a path that points at something this big
+// (a disk image, a log) is refused rather than read into memory.
+constexpr off_t kLargestSettingsFile = 4 * 1024 * 1024;
+constexpr int kMostLinks = 40;
+
+std::string errnoText(int e) { return std::strerror(e); }
 
 bool isBlank(char c) { return c == ' ' || c == '\t'; }
 
@@ -34,118 +40,171 @@ bool equalsNoCase(std::string_view a, std::string_view b) {
     return true;
 }
 
-std::vector<std::string> readLines(const std::filesystem::path& path, bool& exists) {
-    std::vector<std::string> lines;
-    std::ifstream in(path, std::ios::binary);
-    exists = static_cast<bool>(in);
-    if (!in) return lines;
-    std::string line;
-    while (std::getline(in, line)) {
-        if (!line.empty() && line.back() == '\r') line.pop_back();
-        lines.push_back(line);
+const char* kindOf(mode_t mode) {
+    if (S_ISDIR(mode)) return "a folder";
+    if (S_ISFIFO(mode)) return "a named pipe (FIFO)";
+    if (S_ISCHR(mode)) return "a character device";
+    if (S_ISBLK(mode)) return "a block device";
+    if (S_ISSOCK(mode)) return "a socket";
+    return "not a plain file";
+}
+
+// The file a settings path stands for: the path itself or, through a chain
+// of symbolic links, the file at its end, which need not exist yet. Saving
+// replaces that file, so the operator's link (to a folder that is backed up,
+// say) keeps working.
+bool followLinks(const fs::path& path, fs::path& target, std::string& reason) {
+    fs::path p = path;
+    for (int hop = 0; hop <= kMostLinks; ++hop) {
+        struct stat st {};
+        if (::lstat(p.c_str(), &st) != 0) {
+            target = p;
+            if (errno == ENOENT) return true;
+            reason = errnoText(errno);
+            return false;
+        }
+        if (!S_ISLNK(st.st_mode)) {
+            target = p;
+            return true;
+        }
+        std::error_code ec;
+        const fs::path link = fs::read_symlink(p, ec);
+        if (ec) {
+            target = p;
+            reason = ec.message();
+            return false;
+        }
+        p = link.is_absolute() ? link : p.parent_path() / link;
     }
-    return lines;
+    target = p;
+    reason = errnoText(ELOOP);
+    return false;
 }
 
-// The section header's name, if the line is one.
-bool sectionName(std::string_view line, std::string_view& name) {
-    line = trim(line);
-    if (line.size() < 2 || line.front() != '[') return false;
-    const size_t close = line.find(']');
-    if (close == std::string_view::npos) return false;
-    name = trim(line.substr(1, close - 1));
-    return true;
+std::string describe(const fs::path& path, const fs::path& target) {
+    if (path == target) return path.string();
+    return path.string() + " (a link to " + target.string() + ")";
 }
 
-// Key and raw value of a "key=value" line.
-bool keyValue(std::string_view line, std::string_view& key, std::string_view& value) {
-    const std::string_view t = trim(line);
-    if (t.empty() || t.front() == ';') return false;
-    const size_t eq = line.find('=');
-    if (eq == std::string_view::npos) return false;
-    key = trim(line.substr(0, eq));
-    value = line.substr(eq + 1);
-    return !key.empty();
-}
+struct FileRead {
+    enum class State { Missing, Read, Refused } state = State::Missing;
+    std::string bytes;
+    std::string reason;  // why it was refused
+    mode_t mode = 0;
+};
 
-// Surrounding blanks go, then one pair of matching enclosing quotes.
-std::string_view unquote(std::string_view value) {
-    value = trim(value);
-    if (value.size() >= 2 && (value.front() == '"' || value.front() == '\'') && value.back() == value.front())
-        value = value.substr(1, value.size() - 2);
-    return value;
-}
-
-// Cut to at most `count` characters, never inside a UTF-8 sequence.
-std::string cutCharacters(std::string_view s, size_t count) {
-    size_t chars = 0;
-    size_t i = 0;
-    while (i < s.size()) {
-        if (chars == count) break;
-        const auto c = static_cast<unsigned char>(s[i]);
-        size_t len = c < 0x80 ? 1 : (c >> 5) == 0x6 ? 2 : (c >> 4) == 0xE ? 3 : (c >> 3) == 0x1E ? 4 : 1;
-        if (i + len > s.size()) len = s.size() - i;
-        i += len;
-        ++chars;
+// Reads a settings file without ever waiting: anything but a plain file is
+// refused from its type alone, before it is opened, and the open itself
+// cannot block should the file be swapped for a FIFO in between.
+FileRead readFile(const fs::path& target) {
+    FileRead r;
+    auto refuse = [&r](std::string reason) {
+        r.state = FileRead::State::Refused;
+        r.reason = std::move(reason);
+        return r;
+    };
+    struct stat st {};
+    if (::stat(target.c_str(), &st) != 0) {
+        if (errno == ENOENT) return r;
+        return refuse(errnoText(errno));
     }
-    return std::string(s.substr(0, i));
-}
-
-std::string encodeValue(std::string_view value, bool& replaced) {
-    std::string v;
-    v.reserve(value.size());
-    replaced = false;
-    for (size_t i = 0; i < value.size(); ++i) {
-        const char c = value[i];
-        if (c == '\r' || c == '\n') {
-            replaced = true;
-            if (c == '\r' && i + 1 < value.size() && value[i + 1] == '\n') ++i;
-            v += ' ';
-        } else {
-            v += c;
+    if (!S_ISREG(st.st_mode)) return refuse(std::string(kindOf(st.st_mode)) + ", not a settings file");
+    if (st.st_size > kLargestSettingsFile)
+        return refuse("too large for a settings file (" + std::to_string(st.st_size) + " bytes)");
+    const int fd = ::open(target.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
+    if (fd < 0) return refuse(errnoText(errno));
+    if (::fstat(fd, &st) != 0 || !S_ISREG(st.st_mode)) {
+        ::close(fd);
+        return refuse("not a plain file");
+    }
+    char buffer[8192];
+    for (;;) {
+        const ssize_t n = ::read(fd, buffer, sizeof buffer);
+        if (n < 0 && errno == EINTR) continue;
+        if (n < 0) {
+            const int e = errno;
+            ::close(fd);
+            return refuse(errnoText(e));
+        }
+        if (n == 0) break;
+        r.bytes.append(buffer, static_cast<size_t>(n));
+        if (r.bytes.size() > static_cast<size_t>(kLargestSettingsFile)) {
+            ::close(fd);
+            return refuse("too large for a settings file");
         }
     }
-    // Quote a value that the read rules would otherwise change: leading or
-    // trailing blanks, or a value that itself looks quoted.
-    const bool needsQuotes = !v.empty() && (isBlank(v.front()) || isBlank(v.back()) ||
-                                            (v.size() >= 2 && (v.front() == '"' || v.front() == '\'') &&
-                                             v.back() == v.front()));
-    return needsQuotes ? "\"" + v + "\"" : v;
+    ::close(fd);
+    r.state = FileRead::State::Read;
+    r.mode = st.st_mode;
+    return r;
 }
 
-bool writeAtomically(const std::filesystem::path& path, const std::string& content, std::string& error) {
-    const std::filesystem::path tmp = path.string() + ".tmp";
-    const int fd = ::open(tmp.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644);
-    if (fd < 0) {
-        error = "cannot create " + tmp.string() + ": " + std::strerror(errno);
+fs::path temporaryFor(const fs::path& target) { return fs::path(target.string() + ".tmp"); }
+
+// Replaces `target` with `content` so that a crash at any moment leaves
+// either the old file or the new one: the new text goes to a temporary file
+// in the same folder, reaches the disk, and is renamed over the old file;
+// then the folder itself is flushed so the rename is on disk too. On failure
+// the temporary file is removed and the old file is untouched.
+bool replaceFile(const fs::path& target, const std::string& content, const mode_t* keepMode, std::string& what,
+                 std::string& cause) {
+    const fs::path tmp = temporaryFor(target);
+    const std::string tmpName = tmp.filename().string();
+    auto failWith = [&](std::string action, int e) {
+        what = std::move(action);
+        cause = errnoText(e);
         return false;
-    }
+    };
+    struct stat st {};
+    if (::lstat(tmp.c_str(), &st) == 0 && !S_ISDIR(st.st_mode)) ::unlink(tmp.c_str());
+    const int fd = ::open(tmp.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0666);
+    if (fd < 0) return failWith("cannot create " + tmpName, errno);
+    auto abandon = [&](std::string action, int e) {
+        ::close(fd);
+        ::unlink(tmp.c_str());
+        return failWith(std::move(action), e);
+    };
     size_t done = 0;
     while (done < content.size()) {
         const ssize_t n = ::write(fd, content.data() + done, content.size() - done);
-        if (n < 0) {
-            if (errno == EINTR) continue;
-            error = "cannot write " + tmp.string() + ": " + std::strerror(errno);
-            ::close(fd);
-            ::unlink(tmp.c_str());
-            return false;
-        }
+        if (n < 0 && errno == EINTR) continue;
+        if (n < 0) return abandon("cannot write " + tmpName, errno);
         done += static_cast<size_t>(n);
     }
-    if (::fsync(fd) != 0 || ::close(fd) != 0) {
-        error = "cannot flush " + tmp.string() + ": " + std::strerror(errno);
+    // The replacement keeps the old file's permissions.
+    if (keepMode) (void)::fchmod(fd, *keepMode & 07777);
+    if (::fsync(fd) != 0) return abandon("cannot flush " + tmpName + " to disk", errno);
+    if (::close(fd) != 0) {
+        const int e = errno;
         ::unlink(tmp.c_str());
-        return false;
+        return failWith("cannot close " + tmpName, e);
     }
-    if (::rename(tmp.c_str(), path.c_str()) != 0) {
-        error = "cannot replace " + path.string() + ": " + std::strerror(errno);
+    if (::rename(tmp.c_str(), target.c_str()) != 0) {
+        const int e = errno;
         ::unlink(tmp.c_str());
-        return false;
+        return failWith("cannot replace the file", e);
+    }
+    // Some file systems cannot flush a folder; the file itself is complete
+    // either way, so this is not a failure of the save.
+    const fs::path folder = target.has_parent_path() ? target.parent_path() : fs::path(".");
+    const int dir = ::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (dir >= 0) {
+        (void)::fsync(dir);
+        ::close(dir);
     }
     return true;
 }
 
 }  // namespace
+
+std::string SettingsSnapshot::value(std::string_view key, std::string_view defaultValue, size_t bufferSize) const {
+    return m_text.value(m_section, key, defaultValue, bufferSize);
+}
+
+SettingsEdit::SettingsEdit(std::string fileName, std::string section)
+    : m_fileName(std::move(fileName)), m_section(std::move(section)) {}
+
+void SettingsEdit::set(std::string key, std::string value) { m_changes.push_back({std::move(key), std::move(value)}); }
 
 SettingsStore::SettingsStore(std::filesystem::path folder) : m_folder(std::move(folder)) {}
 
@@ -154,69 +213,81 @@ std::filesystem::path SettingsStore::pathOf(std::string_view fileName) const {
     return m_folder / std::filesystem::path(std::string(fileName)).filename();
 }
 
-std::string SettingsStore::read(std::string_view fileName, std::string_view key, std::string_view defaultValue,
-                                size_t bufferSize, std::string_view section) const {
-    const size_t limit = bufferSize > 0 ? bufferSize - 1 : 0;
-    bool exists = false;
-    const std::vector<std::string> lines = readLines(pathOf(fileName), exists);
-    bool inSection = false;
-    for (const std::string& line : lines) {
-        std::string_view name;
-        if (sectionName(line, name)) {
-            inSection = equalsNoCase(name, section);
-            continue;
-        }
-        std::string_view k, v;
-        if (inSection && keyValue(line, k, v) && equalsNoCase(k, key)) return cutCharacters(unquote(v), limit);
-    }
-    return cutCharacters(unquote(defaultValue), limit);
+void SettingsStore::sweepLeftovers(const std::filesystem::path& target) const {
+    if (!m_swept.insert(target.string()).second) return;
+    // Only this program makes that name, and only one copy of it runs on a
+    // settings folder: a file there now was left by a save that never ended.
+    const fs::path tmp = temporaryFor(target);
+    struct stat st {};
+    if (::lstat(tmp.c_str(), &st) == 0 && S_ISREG(st.st_mode)) ::unlink(tmp.c_str());
 }
 
-SettingsStore::WriteResult SettingsStore::write(std::string_view fileName, std::string_view key,
-                                                std::string_view value, std::string_view section) {
-    WriteResult result;
-    std::error_code ec;
-    std::filesystem::create_directories(m_folder, ec);
-    const std::filesystem::path path = pathOf(fileName);
-    bool exists = false;
-    std::vector<std::string> lines = readLines(path, exists);
+SettingsSnapshot SettingsStore::load(std::string_view fileName, std::string_view section) const {
+    SettingsSnapshot snapshot;
+    snapshot.m_section = section;
+    const fs::path path = pathOf(fileName);
+    try {
+        fs::path target;
+        std::string reason;
+        if (!followLinks(path, target, reason)) {
+            snapshot.m_problem = describe(path, target) + ": " + reason + "; using the defaults";
+            return snapshot;
+        }
+        sweepLeftovers(target);
+        const FileRead file = readFile(target);
+        if (file.state == FileRead::State::Refused) {
+            snapshot.m_problem = describe(path, target) + ": " + file.reason + "; using the defaults";
+        } else if (file.state == FileRead::State::Read) {
+            snapshot.m_text = SettingsText(file.bytes);
+            snapshot.m_exists = true;
+        }
+    } catch (const std::exception& e) {
+        snapshot.m_problem = path.string() + ": " + e.what() + "; using the defaults";
+    }
+    return snapshot;
+}
 
-    const std::string newLine = std::string(key) + "=" + encodeValue(value, result.lineBreaksReplaced);
-    bool inSection = false;
-    bool sectionFound = false;
-    size_t insertAt = lines.size();
-    bool replaced = false;
-    for (size_t i = 0; i < lines.size(); ++i) {
-        std::string_view name;
-        if (sectionName(lines[i], name)) {
-            if (inSection) break;  // end of our section
-            inSection = equalsNoCase(name, section);
-            if (inSection) {
-                sectionFound = true;
-                insertAt = i + 1;
-            }
-            continue;
+std::string SettingsStore::read(std::string_view fileName, std::string_view key, std::string_view defaultValue,
+                                size_t bufferSize, std::string_view section) const {
+    return load(fileName, section).value(key, defaultValue, bufferSize);
+}
+
+SettingsCommit SettingsStore::commit(const SettingsEdit& edit) {
+    SettingsCommit result;
+    const fs::path path = pathOf(edit.fileName());
+    fs::path target = path;
+    auto fail = [&](const std::string& what, const std::string& cause) {
+        result.error = describe(path, target) + ": " + (what.empty() ? "" : what + ": ") + cause;
+        result.reason = cause;
+        return result;
+    };
+    try {
+        std::error_code ec;
+        fs::create_directories(m_folder, ec);
+        std::string reason;
+        if (!followLinks(path, target, reason)) return fail("", reason);
+        sweepLeftovers(target);
+        const FileRead file = readFile(target);
+        const bool exists = file.state == FileRead::State::Read;
+        if (file.state == FileRead::State::Refused) return fail("", file.reason + "; nothing was written");
+        // A settings file the operator made read-only stays as it is.
+        if (exists && ((file.mode & 0222) == 0 || ::access(target.c_str(), W_OK) != 0))
+            return fail("", (file.mode & 0222) == 0 ? "the file is read-only" : errnoText(errno));
+
+        SettingsText text = exists && !file.bytes.empty() ? SettingsText(file.bytes) : SettingsText();
+        for (const SettingsEdit::Change& change : edit.changes()) {
+            const SettingsText::SetResult set = text.set(edit.section(), change.key, change.value);
+            if (set.lineBreaksReplaced) result.keysWithLineBreaks.push_back(change.key);
+            if (set.charactersReplaced) result.keysWithLostCharacters.push_back(change.key);
         }
-        if (!inSection) continue;
-        std::string_view k, v;
-        if (keyValue(lines[i], k, v) && equalsNoCase(k, key)) {
-            lines[i] = std::string(k) + "=" + encodeValue(value, result.lineBreaksReplaced);
-            replaced = true;
-            break;
-        }
-        if (!trim(lines[i]).empty()) insertAt = i + 1;
+        std::string what;
+        std::string cause;
+        if (!replaceFile(target, text.bytes(), exists ? &file.mode : nullptr, what, cause)) return fail(what, cause);
+        result.written = true;
+        ++m_commits;
+    } catch (const std::exception& e) {
+        return fail("", e.what());
     }
-    if (!replaced) {
-        if (sectionFound) {
-            lines.insert(lines.begin() + static_cast<std::ptrdiff_t>(insertAt), newLine);
-        } else {
-            lines.push_back("[" + std::string(section) + "]");
-            lines.push_back(newLine);
-        }
-    }
-    std::string content;
-    for (const std::string& l : lines) content += l + "\r\n";
-    result.written = writeAtomically(path, content, result.error);
     return result;
 }
 

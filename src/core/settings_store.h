@@ -1,17 +1,71 @@
 #pragma once
 // Settings files: one small INI file per module, found by its bare name in one
-// settings folder shared by all modules. Reads and writes follow the classic
-// profile-function rules (case-insensitive section and key, defaults for what
-// is missing, values cut to the read buffer) and a write replaces the file
-// atomically, keeping every other line as it was.
+// settings folder shared by all modules. A load reads a file once, as the
+// Windows profile functions would; a save changes any number of keys and
+// commits them as one atomic replace of the file (a temporary file in the same
+// folder, flushed to disk, renamed over the old one), through a symbolic link
+// to the file it points at. Anything but a plain file is left alone.
 #include <cstddef>
+#include <cstdint>
 #include <filesystem>
+#include <set>
 #include <string>
 #include <string_view>
+#include <vector>
+
+#include "core/settings_text.h"
 
 namespace mv {
 
 inline constexpr std::string_view kSettingsSection = "SETTINGS";
+
+// One settings file as it was read.
+class SettingsSnapshot {
+public:
+    // At most bufferSize - 1 characters of the key's value; the default when
+    // the file, the section or the key is missing.
+    std::string value(std::string_view key, std::string_view defaultValue, size_t bufferSize = 256) const;
+    bool exists() const { return m_exists; }
+    // Why the file could not be read (it is a folder, a FIFO, unreadable ...),
+    // naming it; empty when it was read or does not exist.
+    const std::string& problem() const { return m_problem; }
+    TextEncoding encoding() const { return m_text.encoding(); }
+
+private:
+    friend class SettingsStore;
+    SettingsText m_text;
+    std::string m_section;
+    bool m_exists = false;
+    std::string m_problem;
+};
+
+// The keys one save changes in one file, committed together.
+class SettingsEdit {
+public:
+    explicit SettingsEdit(std::string fileName, std::string section = std::string(kSettingsSection));
+    void set(std::string key, std::string value);
+
+    struct Change {
+        std::string key;
+        std::string value;
+    };
+    const std::string& fileName() const { return m_fileName; }
+    const std::string& section() const { return m_section; }
+    const std::vector<Change>& changes() const { return m_changes; }
+
+private:
+    std::string m_fileName;
+    std::string m_section;
+    std::vector<Change> m_changes;
+};
+
+struct SettingsCommit {
+    bool written = false;
+    std::string error;   // why nothing was written, naming the file
+    std::string reason;  // the cause alone, short enough for a status line
+    std::vector<std::string> keysWithLineBreaks;     // a line break became a blank
+    std::vector<std::string> keysWithLostCharacters;  // what Windows-1252 cannot hold became '?'
+};
 
 class SettingsStore {
 public:
@@ -19,22 +73,28 @@ public:
     const std::filesystem::path& folder() const { return m_folder; }
     std::filesystem::path pathOf(std::string_view fileName) const;
 
-    // At most bufferSize - 1 characters of the value; the default when the
-    // file, the section or the key is missing.
+    // Reads a file. Never blocks on a FIFO or a device and never throws.
+    SettingsSnapshot load(std::string_view fileName, std::string_view section = kSettingsSection) const;
+    // One key, straight from its file.
     std::string read(std::string_view fileName, std::string_view key, std::string_view defaultValue,
                      size_t bufferSize = 256, std::string_view section = kSettingsSection) const;
 
-    struct WriteResult {
-        bool written = false;
-        bool lineBreaksReplaced = false;  // a line break in the value became a blank
-        std::string error;                // why nothing was written
-    };
-    // Creates folder, file and section as needed. Never throws.
-    WriteResult write(std::string_view fileName, std::string_view key, std::string_view value,
-                      std::string_view section = kSettingsSection);
+    // Writes every change of `edit` into its file as one replace: after a
+    // crash at any moment the file holds either all of them or none. Creates
+    // the folder, the file and the section as needed; the old file stays as
+    // it was when anything fails. Never throws.
+    SettingsCommit commit(const SettingsEdit& edit);
+    // How many files were replaced so far.
+    uint64_t commitCount() const { return m_commits; }
 
 private:
+    // Removes the temporary file a crash during an earlier save left beside
+    // `target`; once per file and program run.
+    void sweepLeftovers(const std::filesystem::path& target) const;
+
     std::filesystem::path m_folder;
+    uint64_t m_commits = 0;
+    mutable std::set<std::string> m_swept;
 };
 
 // Text conversions used when a setting goes into or comes out of a control.

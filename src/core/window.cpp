@@ -70,13 +70,14 @@ void Window::setStatusText(const std::string& text) {
 }
 
 bool Window::saveSettings(const SettingsBinder& binder) {
-    const int saved = binder.save(settings(), log());
-    const bool complete = saved == static_cast<int>(binder.keyCount());
-    if (complete)
+    // The binder has logged what went wrong; the status line says it where
+    // the operator pressed the button.
+    const SettingsCommit saved = binder.save(settings(), log());
+    if (saved.written)
         setStatusText("Guardado " + scheduler().wallNowExact().timeText());
     else
-        setStatusText("No se pudo guardar " + binder.fileName() + " (ver el registro)");
-    return complete;
+        setStatusText("No se pudo guardar " + binder.fileName() + ": " + saved.reason);
+    return saved.written;
 }
 
 void Window::move(float leftTwips, float topTwips) {

@@ -111,9 +111,10 @@ protected:
     // blanks, the node's callsign (asked of the host), "   v", the version,
     // then the window's own tag. Returns the callsign it read.
     std::string setModuleCaption(const std::string& tag);
-    // A save button: writes every key of `binder` and tells the operator how
-    // it went in the status line (and the log, when it failed). True when
-    // every key was saved.
+    // A save button: writes every key of `binder` as one replace of its file
+    // and tells the operator how it went in the status line (and the log,
+    // naming the file and the cause, when it failed; the old file is then
+    // left as it was). True when the file was saved.
     bool saveSettings(const SettingsBinder& binder);
 
     Scheduler& scheduler();
