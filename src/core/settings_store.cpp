@@ -269,7 +269,7 @@ SettingsCommit SettingsStore::commit(const SettingsEdit& edit) {
         sweepLeftovers(target);
         const FileRead file = readFile(target);
         const bool exists = file.state == FileRead::State::Read;
-        if (file.state == FileRead::State::Refused) return fail("", file.reason + "; nothing was written");
+        if (file.state == FileRead::State::Refused) return fail("", file.reason);
         // A settings file the operator made read-only stays as it is.
         if (exists && ((file.mode & 0222) == 0 || ::access(target.c_str(), W_OK) != 0))
             return fail("", (file.mode & 0222) == 0 ? "the file is read-only" : errnoText(errno));

@@ -10,6 +10,7 @@
 #include "core/errors.h"
 #include "support/read_text.h"
 #include "support/suite_rig.h"
+#include "support/windows_profile.h"
 
 namespace mv {
 namespace {
@@ -89,6 +90,76 @@ TEST_F(HubTest, SaveWritesAll71KeysAndTheyReadBackTheSame) {
     EXPECT_FALSE(option("OPTION2").value());
     EXPECT_EQ(check("HALFHOUR").value(), 0);
     EXPECT_EQ(text("TEXT36").text(), " padded caption ");
+}
+
+TEST_F(HubTest, OneSaveIsOneReplaceOfTheFile) {
+    start();
+    const uint64_t before = suite->settings().commitCount();
+    operate([&] { static_cast<Button*>(hub->findByCaption("Guardar"))->click(); });
+    EXPECT_EQ(suite->settings().commitCount(), before + 1);
+    operate([&] { static_cast<Button*>(hub->findByCaption(">>>>>>>>  Guardar y Salir  <<<<<<<<"))->click(); });
+    EXPECT_EQ(suite->settings().commitCount(), before + 2);
+}
+
+TEST_F(HubTest, AFileFromTheOriginalProgramKeepsItsAccentsAndItsCodePage) {
+    // Written on Windows: Windows-1252, CR LF, a note of the operator's and a
+    // key this build does not know.
+    const std::string original = test::cp1252(
+        "; configuraci\xC3\xB3n de la estaci\xC3\xB3n\r\n[SETTINGS]\r\nTEXT37=*Conecci\xC3\xB3n*\r\n"
+        "TEXT27=Se\xC3\xB1" "al horaria\r\nVIEJA=a\xC3\xB1o\r\nOPTION1=True\r\nOPTION2=False\r\n");
+    writeClockFile(original);
+    start();
+    EXPECT_EQ(text("TEXT37").text(), "*Conecci\xC3\xB3n*");
+    run(500);
+    EXPECT_NE(hub->findByCaption("Se\xC3\xB1" "al horaria"), nullptr) << "the caption shows the right letters";
+
+    operate([&] {
+        text("TEXT38").typeText("0");
+        static_cast<Button*>(hub->findByCaption("Guardar"))->click();
+    });
+    const std::string saved = clockFile();
+    EXPECT_EQ(saved.substr(0, original.find("TEXT27")), original.substr(0, original.find("TEXT27")));
+    EXPECT_NE(saved.find("TEXT37=*Conecci\xF3n*\r\n"), std::string::npos) << "still Windows-1252";
+    EXPECT_NE(saved.find("VIEJA=a\xF1o\r\n"), std::string::npos);
+    EXPECT_EQ(saved.find("\xC3"), std::string::npos) << "no UTF-8 crept in";
+    // Windows reads every key of the saved file as the suite does.
+    const test::WindowsProfile windows(saved);
+    const SettingsSnapshot ours = suite->settings().load("Quillasp2.ini");
+    for (const char* key : {"TEXT37", "TEXT38", "TEXT27", "OPTION1", "OPTION2", "TEXT36", "LEFT", "VIEJA"})
+        EXPECT_EQ(windows.get("SETTINGS", key, "?"), ours.value(key, "?")) << key;
+    EXPECT_EQ(ours.value("TEXT27", ""), "Se\xC3\xB1" "al horaria");
+}
+
+TEST_F(HubTest, ASaveThatFailsTellsTheOperatorAndKeepsTheOldFile) {
+    writeClockFile("[SETTINGS]\r\nTEXT37=*MINE*\r\n");
+    start();
+    std::filesystem::permissions(settingsDir() / "Quillasp2.ini", std::filesystem::perms::owner_read);
+    operate([&] {
+        text("TEXT37").typeText("*OTHER*");
+        static_cast<Button*>(hub->findByCaption("Guardar"))->click();
+    });
+    EXPECT_EQ(hub->statusText(), "No se pudo guardar Quillasp2.ini: the file is read-only");
+    EXPECT_EQ(logCount("\"kind\":\"error\""), 1u);
+    EXPECT_EQ(logCount((settingsDir() / "Quillasp2.ini").string() + ": the file is read-only"), 1u) << logText.str();
+    EXPECT_EQ(clockFile(), "[SETTINGS]\r\nTEXT37=*MINE*\r\n");
+
+    // Made writable again, the next press saves.
+    std::filesystem::permissions(settingsDir() / "Quillasp2.ini", std::filesystem::perms::owner_all);
+    run(1000);
+    operate([&] { static_cast<Button*>(hub->findByCaption("Guardar"))->click(); });
+    EXPECT_EQ(hub->statusText(), "Guardado 13:59:51");
+    EXPECT_NE(clockFile().find("TEXT37=*OTHER*"), std::string::npos);
+}
+
+TEST_F(HubTest, ASettingsPathThatIsAFolderGivesTheDefaultsAndIsNeverWritten) {
+    std::filesystem::create_directories(settingsDir() / "Quillasp2.ini");
+    start();
+    EXPECT_EQ(text("DTMFTIME").text(), "123");
+    EXPECT_EQ(logCount("Quillasp2.ini: a folder, not a settings file; using the defaults"), 1u) << logText.str();
+    operate([&] { static_cast<Button*>(hub->findByCaption("Guardar"))->click(); });
+    EXPECT_EQ(hub->statusText(), "No se pudo guardar Quillasp2.ini: a folder, not a settings file");
+    EXPECT_TRUE(std::filesystem::is_directory(settingsDir() / "Quillasp2.ini"));
+    EXPECT_TRUE(std::filesystem::is_empty(settingsDir() / "Quillasp2.ini"));
 }
 
 TEST_F(HubTest, AHandEditedFileLoadsWithoutErrorAndUnconvertibleValuesFallBack) {
