@@ -1,6 +1,8 @@
 #include "gui/window_shell.h"
 
 #include <QCloseEvent>
+#include <QLabel>
+#include <QLayout>
 #include <QMoveEvent>
 #include <cmath>
 
@@ -14,7 +16,18 @@ ModuleWindow::ModuleWindow(Window& window, WindowView::Post post)
     setObjectName(QString::fromStdString(window.name()));
     setWindowTitle(QString::fromStdString(window.caption()));
     m_view = std::make_unique<WindowView>(window, *this, std::move(post));
+    m_status = new QLabel(this);
+    m_status->setObjectName(QStringLiteral("statusLine"));
+    m_status->setTextFormat(Qt::PlainText);
+    layout()->addWidget(m_status);
+    showStatus();
     placeFromEngine();
+}
+
+void ModuleWindow::showStatus() {
+    const QString text = QString::fromStdString(m_window.statusText());
+    m_status->setText(text);
+    m_status->setVisible(!text.isEmpty());
 }
 
 void ModuleWindow::placeFromEngine() {
@@ -101,6 +114,10 @@ void WindowShell::windowCaptionChanged(Window& window) {
 
 void WindowShell::windowMoved(Window& window) {
     if (ModuleWindow* shown = windowFor(window.name())) shown->placeFromEngine();
+}
+
+void WindowShell::windowStatusChanged(Window& window) {
+    if (ModuleWindow* shown = windowFor(window.name())) shown->showStatus();
 }
 
 }  // namespace mv

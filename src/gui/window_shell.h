@@ -1,8 +1,9 @@
 #pragma once
 // Gives every loaded module window its own top-level Qt window and follows the
 // engine: built at load (and built afresh after an unload), shown and hidden,
-// captioned and placed (15 twips to the pixel) as the engine says. The close
-// box and the operator's moves go back to the engine, which decides.
+// captioned and placed (15 twips to the pixel) as the engine says, with the
+// window's status line (how the last save went) at its foot. The close box
+// and the operator's moves go back to the engine, which decides.
 #include <QWidget>
 #include <functional>
 #include <map>
@@ -11,6 +12,8 @@
 
 #include "core/program.h"
 #include "gui/window_view.h"
+
+class QLabel;
 
 namespace mv {
 
@@ -26,6 +29,9 @@ public:
     void placeFromEngine();
     // Cuts every tie to the engine's controls (they are about to go).
     void detach();
+    // Shows the window's status line; the line takes no room while empty.
+    void showStatus();
+    QLabel& statusLine() const { return *m_status; }
 
 protected:
     void closeEvent(QCloseEvent* event) override;
@@ -35,6 +41,7 @@ private:
     Window& m_window;
     WindowView::Post m_post;
     std::unique_ptr<WindowView> m_view;
+    QLabel* m_status = nullptr;
     std::shared_ptr<bool> m_alive = std::make_shared<bool>(true);
 };
 
@@ -55,6 +62,7 @@ public:
     void windowVisibilityChanged(Window& window) override;
     void windowCaptionChanged(Window& window) override;
     void windowMoved(Window& window) override;
+    void windowStatusChanged(Window& window) override;
 
 private:
     Program& m_program;

@@ -3,6 +3,8 @@
 // ways, and fresh widgets after an unload.
 #include <gtest/gtest.h>
 
+#include <QLabel>
+#include <QLayout>
 #include <QLineEdit>
 #include <QTest>
 
@@ -33,6 +35,19 @@ TEST_F(WindowShellTest, FollowsLoadShowHideAndCaption) {
     rig.panel->hide();
     EXPECT_FALSE(shown()->isVisible());
     EXPECT_TRUE(rig.panel->isLoaded()) << "hiding keeps the window working";
+}
+
+TEST_F(WindowShellTest, TheStatusLineShowsAtTheFootOnlyWhenItSaysSomething) {
+    rig.panel->show();
+    QLabel& status = shown()->statusLine();
+    EXPECT_FALSE(status.isVisible());
+    rig.panel->setStatusText("No se pudo guardar panel.ini: the file is read-only");
+    EXPECT_TRUE(status.isVisible());
+    EXPECT_EQ(status.text(), "No se pudo guardar panel.ini: the file is read-only");
+    QLayout& layout = *shown()->layout();
+    EXPECT_EQ(layout.itemAt(layout.count() - 1)->widget(), &status) << "below the window's own controls";
+    rig.panel->setStatusText("Guardado 14:00:00");
+    EXPECT_EQ(status.text(), "Guardado 14:00:00");
 }
 
 TEST_F(WindowShellTest, CloseQueryAnsweredNoCancelsTheClose) {
