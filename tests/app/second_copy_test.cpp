@@ -6,33 +6,14 @@
 #include <sstream>
 #include <thread>
 
-#include <sys/wait.h>
-#include <unistd.h>
-
+#include "support/child_process.h"
 #include "support/read_text.h"
 #include "support/temp_dir.h"
 
 namespace {
 
-pid_t spawn(const std::vector<std::string>& args, const std::filesystem::path& stderrFile) {
-    const pid_t pid = ::fork();
-    if (pid == 0) {
-        const FILE* err = std::freopen(stderrFile.c_str(), "w", stderr);
-        (void)err;
-        std::vector<char*> argv;
-        for (const auto& a : args) argv.push_back(const_cast<char*>(a.c_str()));
-        argv.push_back(nullptr);
-        ::execv(argv[0], argv.data());
-        ::_exit(127);
-    }
-    return pid;
-}
-
-int waitFor(pid_t pid) {
-    int status = 0;
-    ::waitpid(pid, &status, 0);
-    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-}
+using mv::test::spawn;
+using mv::test::waitFor;
 
 TEST(SecondCopyTest, ExitsAtOnceWithoutTouchingTheRunningNode) {
     mv::test::TempDir dir;
