@@ -15,6 +15,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include "support/child_process.h"
 #include "support/read_text.h"
 #include "support/temp_dir.h"
 
@@ -136,16 +137,7 @@ TEST(HeadlessRunnerTest, SighupInRealTimeWhileKeyedReleasesAndExitsWithStatusZer
     const std::string bin = MV_BINARY;
     const std::vector<std::string> args = {bin, "--headless", "--realtime", "--scenario", scn.string(), "--settings-dir",
                                            (dir.path() / "settings").string()};
-    const pid_t pid = ::fork();
-    if (pid == 0) {
-        ::dup2(out[1], STDOUT_FILENO);
-        ::close(out[0]);
-        std::vector<char*> argv;
-        for (const auto& a : args) argv.push_back(const_cast<char*>(a.c_str()));
-        argv.push_back(nullptr);
-        ::execv(argv[0], argv.data());
-        ::_exit(127);
-    }
+    const pid_t pid = test::spawn(args, {}, out[1]);
     ::close(out[1]);
     // The log comes down the pipe line by line; the signal goes once the
     // transmitter is keyed, and the rest is read to the end of the run.

@@ -11,12 +11,17 @@
 
 namespace mv::test {
 
-// Starts `args[0]` with `args`, its stderr going to `stderrFile`.
-inline pid_t spawn(const std::vector<std::string>& args, const std::filesystem::path& stderrFile) {
+// Starts `args[0]` with `args`; its stderr goes to `stderrFile` and its
+// stdout into `stdoutFd` (the write end of a pipe, say) when they are given.
+inline pid_t spawn(const std::vector<std::string>& args, const std::filesystem::path& stderrFile = {},
+                   int stdoutFd = -1) {
     const pid_t pid = ::fork();
     if (pid == 0) {
-        const FILE* err = std::freopen(stderrFile.c_str(), "w", stderr);
-        (void)err;
+        if (!stderrFile.empty()) {
+            const FILE* err = std::freopen(stderrFile.c_str(), "w", stderr);
+            (void)err;
+        }
+        if (stdoutFd >= 0) ::dup2(stdoutFd, STDOUT_FILENO);
         std::vector<char*> argv;
         for (const auto& a : args) argv.push_back(const_cast<char*>(a.c_str()));
         argv.push_back(nullptr);
