@@ -27,9 +27,26 @@ void Control::setVisible(bool visible) {
 
 TextBox::TextBox(std::string name, std::string text) : Control(ControlKind::TextBox, std::move(name)), m_text(std::move(text)) {}
 
+namespace {
+// Length in bytes of the UTF-8 character starting with `lead` (a stray byte
+// counts as a character of its own).
+size_t utf8Length(unsigned char lead) {
+    if (lead >= 0xF0 && lead <= 0xF4) return 4;
+    if (lead >= 0xE0) return lead <= 0xEF ? 3 : 1;
+    if (lead >= 0xC2) return 2;
+    return 1;
+}
+
+// The first `characters` characters of a UTF-8 text, never half of one.
+std::string firstCharacters(const std::string& text, int characters) {
+    size_t at = 0;
+    for (int n = 0; n < characters && at < text.size(); ++n) at += utf8Length(static_cast<unsigned char>(text[at]));
+    return text.substr(0, std::min(at, text.size()));
+}
+}  // namespace
+
 void TextBox::setText(const std::string& text) {
-    std::string value = text;
-    if (m_maxLength > 0 && static_cast<int>(value.size()) > m_maxLength) value.resize(static_cast<size_t>(m_maxLength));
+    std::string value = m_maxLength > 0 ? firstCharacters(text, m_maxLength) : text;
     if (value == m_text) return;
     m_text = std::move(value);
     notifyView();
@@ -40,17 +57,33 @@ bool TextBox::typeText(const std::string& typed) {
     if (m_readOnly || !enabled()) return false;
     std::string accepted;
     bool allAccepted = true;
-    for (char c : typed) {
-        const auto u = static_cast<unsigned char>(c);
-        if (m_digitsOnly && !std::isdigit(u)) {
+    int characters = 0;
+    for (size_t i = 0; i < typed.size();) {
+        const auto lead = static_cast<unsigned char>(typed[i]);
+        size_t n = utf8Length(lead);
+        if (i + n > typed.size()) n = typed.size() - i;
+        std::string ch = typed.substr(i, n);
+        i += n;
+        if (m_digitsOnly && !(n == 1 && std::isdigit(lead))) {
             allAccepted = false;
             continue;
         }
-        accepted += m_upperCase ? static_cast<char>(std::toupper(u)) : c;
-    }
-    if (m_maxLength > 0 && static_cast<int>(accepted.size()) > m_maxLength) {
-        accepted.resize(static_cast<size_t>(m_maxLength));
-        allAccepted = false;
+        if (m_maxLength > 0 && characters >= m_maxLength) {
+            allAccepted = false;
+            break;
+        }
+        if (m_upperCase) {
+            if (n == 1) {
+                ch[0] = static_cast<char>(std::toupper(lead));
+            } else if (n == 2 && lead == 0xC3) {
+                // Latin letters with accents (á é í ó ú ñ ü ...): their capitals
+                // lie 0x20 below, all but the division sign.
+                const auto second = static_cast<unsigned char>(ch[1]);
+                if (second >= 0xA0 && second <= 0xBE && second != 0xB7) ch[1] = static_cast<char>(second - 0x20);
+            }
+        }
+        accepted += ch;
+        ++characters;
     }
     setText(accepted);
     return allAccepted;

@@ -35,6 +35,16 @@ TEST(TextBoxTest, StylesFilterTypingButNotTheProgram) {
     EXPECT_TRUE(letters.typeText("k7abc"));
     EXPECT_EQ(letters.text(), "K7ABC");
 
+    // Typed Spanish keeps its letters whole: a limit counts characters, and
+    // capitals include the accented ones.
+    TextBox call("C");
+    call.setUpperCase(true);
+    call.setMaxLength(4);
+    EXPECT_FALSE(call.typeText("se\xC3\xB1or"));  // "señor"
+    EXPECT_EQ(call.text(), "SE\xC3\x91O");       // "SEÑO"
+    call.setText("\xC3\xB1\xC3\xB1\xC3\xB1\xC3\xB1\xC3\xB1");  // the program's text is cut whole too
+    EXPECT_EQ(call.text(), "\xC3\xB1\xC3\xB1\xC3\xB1\xC3\xB1");
+
     TextBox shortBox("S");
     shortBox.setMaxLength(3);
     EXPECT_FALSE(shortBox.typeText("abcdef"));
