@@ -3,6 +3,7 @@
 #include <cstdio>
 
 #include "core/dialogs.h"
+#include "core/dtmf_code.h"
 #include "core/errors.h"
 #include "core/event_log.h"
 #include "core/program.h"
@@ -125,14 +126,15 @@ void ClockWindow::announceFromTheTime() {
 }
 
 void ClockWindow::onDTMFString(const std::string& digits) {
-    // Whole-string, case-sensitive matches; a code left empty is switched off.
-    auto matches = [&](const char* field) {
+    auto matches = [&](const char* field, const char* function) {
         const std::string& code = controlAs<TextBox>(field)->text();
-        return !code.empty() && digits == code;
+        if (!dtmfCodeMatches(digits, code)) return false;
+        log().dtmfCommand(name(), code, function);
+        return true;
     };
-    if (matches("TEXT38")) controlAs<CheckBox>("CHECK3")->click();
-    if (matches("TEXT39")) controlAs<CheckBox>("CONDISC")->click();
-    if (matches("DTMFTIME")) ignoreErrors([this] { announceFromTheTime(); });
+    if (matches("TEXT38", "Conecion Automatica")) controlAs<CheckBox>("CHECK3")->click();
+    if (matches("TEXT39", "Anuncio Estaciones")) controlAs<CheckBox>("CONDISC")->click();
+    if (matches("DTMFTIME", "DTMF - Local Time")) ignoreErrors([this] { announceFromTheTime(); });
 }
 
 void ClockWindow::followVoice() {

@@ -130,6 +130,25 @@ void EventLog::value(const std::string& window, const std::string& control, LogV
     write({{}, "value", {{"window", LogValue{window}}, {"control", LogValue{control}}, {"value", std::move(value)}}});
 }
 
+void EventLog::dtmfCommand(const std::string& window, const std::string& code, const std::string& function,
+                           const std::string& refusedBecause) {
+    if (!active()) return;
+    LogRecord r{{}, "dtmf", {{"window", LogValue{window}}, {"code", LogValue{code}}, {"function", LogValue{function}}}};
+    if (!refusedBecause.empty()) r.fields.push_back({"refused", LogValue{refusedBecause}});
+    write(std::move(r));
+}
+
+void EventLog::shellOpen(const std::string& window, const std::string& address, int64_t result, bool executed) {
+    if (!active()) return;
+    write({{},
+           "shell",
+           {{"window", LogValue{window}},
+            {"op", LogValue{std::string("open")}},
+            {"address", LogValue{address}},
+            {"result", LogValue{result}},
+            {"executed", LogValue{executed}}}});
+}
+
 void EventLog::error(const std::string& window, const std::string& message) {
     if (!active()) return;
     write({{}, "error", {{"window", LogValue{window}}, {"message", LogValue{message}}}});

@@ -24,7 +24,7 @@ struct LogField {
 
 struct LogRecord {
     LocalDateTime time;
-    std::string kind;  // event, host, media, speech, dialog, window, value, error, end
+    std::string kind;  // event, host, media, speech, dialog, window, value, dtmf, shell, error, end
     std::vector<LogField> fields;
     std::string toJson() const;
 };
@@ -56,6 +56,13 @@ public:
     void windowOp(const std::string& window, const std::string& op);
     // What a control shows now, asked for by a scenario's `log` line.
     void value(const std::string& window, const std::string& control, LogValue value);
+    // A received DTMF string matched one of a window's codes: which code, the
+    // function it stands for and, when the window did not obey it, why not.
+    void dtmfCommand(const std::string& window, const std::string& code, const std::string& function,
+                     const std::string& refusedBecause = {});
+    // An address handed to the desktop to open, with the shell's result code
+    // and whether it was really opened or only recorded (a headless run).
+    void shellOpen(const std::string& window, const std::string& address, int64_t result, bool executed);
     void error(const std::string& window, const std::string& message);
     void end(const std::string& reason);
     void write(LogRecord record);

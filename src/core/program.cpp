@@ -4,6 +4,7 @@
 #include "core/event_log.h"
 #include "core/host_call_log.h"
 #include "core/media.h"
+#include "core/shell.h"
 #include "core/version.h"
 
 namespace mv {
@@ -56,6 +57,12 @@ AirStop Program::addAirStop(std::string owner, std::function<void()> silence) {
 MediaFactory& Program::media() {
     if (!m_services.media) throw MediaError("no media back end in this build");
     return *m_services.media;
+}
+
+Shell& Program::shell() {
+    if (m_services.shell) return *m_services.shell;
+    if (!m_fallbackShell) m_fallbackShell = std::make_unique<LoggingShell>(m_services.log);
+    return *m_fallbackShell;
 }
 
 Window& Program::addWindow(std::unique_ptr<Window> window) {

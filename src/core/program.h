@@ -20,6 +20,7 @@ class Dialogs;
 class EventLog;
 class MediaFactory;
 class HostLink;
+class Shell;
 
 struct ProductInfo {
     std::string name;
@@ -88,6 +89,8 @@ struct Services {
     Dialogs& dialogs;
     EventLog& log;
     MediaFactory* media = nullptr;
+    // Opens addresses with the desktop; without one, requests are only logged.
+    Shell* shell = nullptr;
 };
 
 class Program {
@@ -104,6 +107,7 @@ public:
     EventLog& log() { return m_services.log; }
     MediaFactory& media();
     bool hasMedia() const { return m_services.media != nullptr; }
+    Shell& shell();
     const ProductInfo& product() const { return m_product; }
 
     // Windows are added unloaded; the start window loads the others.
@@ -184,6 +188,7 @@ private:
     uint64_t m_nextAirStop = 1;
     HostLineMemory m_hostLines;
     bool m_ending = false;
+    std::unique_ptr<Shell> m_fallbackShell;
     bool m_ended = false;
     int64_t m_hostBusyWaitMs = 0;
     std::function<void()> m_onEnded;
