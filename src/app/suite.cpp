@@ -1,6 +1,9 @@
 #include "app/suite.h"
 
+#include "about/about_window.h"
 #include "clock/clock_window.h"
+#include "dtmf/dtmf_control_window.h"
+#include "dtmf/keypad_window.h"
 #include "messages/history_window.h"
 #include "messages/messages_window.h"
 
@@ -30,7 +33,10 @@ Suite::Suite(const SuiteOptions& options) {
     m_settings = std::make_unique<SettingsStore>(options.settingsDir);
     m_scripted = std::make_unique<ScriptedDialogs>(m_log);
     m_dialogs = std::make_unique<DialogsProxy>(*m_scripted);
-    m_program = std::make_unique<Program>(Services{*m_scheduler, *m_host, *m_settings, *m_dialogs, m_log, &m_air->media()});
+    m_loggingShell = std::make_unique<LoggingShell>(m_log);
+    m_shell = std::make_unique<ShellProxy>(*m_loggingShell);
+    m_program = std::make_unique<Program>(
+        Services{*m_scheduler, *m_host, *m_settings, *m_dialogs, m_log, &m_air->media(), m_shell.get()});
     if (!options.defaultVoiceFolder.empty()) m_program->setDefaultVoiceFolder(options.defaultVoiceFolder);
     addModuleWindows(*m_program);
 }
@@ -47,6 +53,9 @@ void addModuleWindows(Program& program) {
     program.addWindow(std::make_unique<HistoryWindow>(program));
     // Loaded by its hub button, the first time it is pressed.
     program.addWindow(std::make_unique<MessagesWindow>(program));
+    program.addWindow(std::make_unique<DtmfControlWindow>(program));
+    program.addWindow(std::make_unique<AboutWindow>(program));
+    program.addWindow(std::make_unique<KeypadWindow>(program));
 }
 
 std::string installedVoiceFolder() {

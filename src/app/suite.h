@@ -13,6 +13,7 @@
 #include "core/program.h"
 #include "core/scheduler.h"
 #include "core/settings_store.h"
+#include "core/shell.h"
 #include "platform/audio/air.h"
 #include "platform/simulated_host.h"
 
@@ -30,6 +31,18 @@ public:
 
 private:
     Dialogs* m_target;
+};
+
+// Passes address requests to whichever shell is in force: the logging one
+// until the desktop front end installs the real one.
+class ShellProxy final : public Shell {
+public:
+    explicit ShellProxy(Shell& initial) : m_target(&initial) {}
+    void setTarget(Shell& target) { m_target = &target; }
+    int open(const std::string& window, const std::string& address) override { return m_target->open(window, address); }
+
+private:
+    Shell* m_target;
 };
 
 struct SuiteOptions {
@@ -55,6 +68,9 @@ public:
     SettingsStore& settings() { return *m_settings; }
     ScriptedDialogs& scriptedDialogs() { return *m_scripted; }
     DialogsProxy& dialogs() { return *m_dialogs; }
+    // Opens nothing; records each address (tests choose its answer).
+    LoggingShell& loggingShell() { return *m_loggingShell; }
+    ShellProxy& shell() { return *m_shell; }
     Program& program() { return *m_program; }
     VirtualClock* virtualClock() { return m_virtualClock; }
     // What goes out over the radio: graphs, host tones, the device and the
@@ -71,6 +87,8 @@ private:
     std::unique_ptr<SettingsStore> m_settings;
     std::unique_ptr<ScriptedDialogs> m_scripted;
     std::unique_ptr<DialogsProxy> m_dialogs;
+    std::unique_ptr<LoggingShell> m_loggingShell;
+    std::unique_ptr<ShellProxy> m_shell;
     std::unique_ptr<Program> m_program;
 };
 

@@ -312,7 +312,8 @@ TEST_F(HubTest, ABusyHostIsWaitedForUnderTheProcessWidePolicy) {
     start();
     auto& host = suite->host();
     Window& w = *hub;
-    // No policy yet: a busy refusal reaches the caller at once.
+    // Without a wait, a busy refusal reaches the caller at once.
+    suite->program().setHostBusyWaitMs(0);
     host.refuseAsBusy(1);
     EXPECT_THROW(w.host().isBusy(), HostBusyError);
     // With the policy, refusals are retried while time passes, and the call goes through.
