@@ -6,6 +6,7 @@
 #include "core/errors.h"
 #include "gui/host_console.h"
 #include "gui/qt_dialogs.h"
+#include "gui/qt_shell.h"
 #include "gui/realtime_pump.h"
 #include "gui/window_shell.h"
 
@@ -26,6 +27,8 @@ GuiSession::GuiSession(Suite& suite) : m_suite(suite) {
                                       },
                                       [this] { m_pump->wake(); }, [&program] { return program.ended(); }});
     suite.dialogs().setTarget(*m_dialogs);
+    m_desktop = std::make_unique<QtShell>(suite.log());
+    suite.shell().setTarget(*m_desktop);
     m_console = std::make_unique<HostConsole>(suite.host(), scheduler, suite.log());
     m_shell->setOnFirstShown([this](ModuleWindow& shown) {
         if (shown.window().name() != "hub" || m_console->isVisible()) return;
@@ -39,9 +42,11 @@ GuiSession::GuiSession(Suite& suite) : m_suite(suite) {
 GuiSession::~GuiSession() {
     m_suite.program().setOnEnded(nullptr);
     m_suite.dialogs().setTarget(m_suite.scriptedDialogs());
+    m_suite.shell().setTarget(m_suite.loggingShell());
     m_console.reset();
     m_shell.reset();
     m_dialogs.reset();
+    m_desktop.reset();
     m_pump.reset();
 }
 

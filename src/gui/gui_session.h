@@ -12,6 +12,7 @@ namespace mv {
 class Suite;
 class RealTimePump;
 class QtDialogs;
+class QtShell;
 class WindowShell;
 class HostConsole;
 
@@ -33,6 +34,8 @@ private:
     Suite& m_suite;
     std::unique_ptr<RealTimePump> m_pump;
     std::unique_ptr<QtDialogs> m_dialogs;
+    // Opens the About box's addresses with the desktop's handlers.
+    std::unique_ptr<QtShell> m_desktop;
     std::unique_ptr<WindowShell> m_shell;
     std::unique_ptr<HostConsole> m_console;
 };
