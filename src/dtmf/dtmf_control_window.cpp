@@ -33,11 +33,11 @@ void DtmfControlWindow::build() {
     setRoot(root);
     auto& top = root.add(make<Container>("dtmfTop", ContainerKind::Row));
     buildStations(top);
-    auto& groups = top.add(make<Container>("dtmfGroups", ContainerKind::Column));
-    m_groups.push_back(std::make_unique<GroupCall>(parts(), groups, 1, std::vector<int>{1, 2, 3, 9, 10}));
-    m_groups.push_back(std::make_unique<GroupCall>(parts(), groups, 2, std::vector<int>{4, 5, 6, 7, 8}));
-    buildCodes(root.add(make<Container>("dtmfCodes", ContainerKind::Row)));
-    buildDelay(root.add(make<Container>("dtmfDelayRow", ContainerKind::Row)));
+    buildCodes(top.add(make<Container>("dtmfCodes", ContainerKind::Column)));
+    auto& lower = root.add(make<Container>("dtmfLower", ContainerKind::Row));
+    m_groups.push_back(std::make_unique<GroupCall>(parts(), lower, 1, std::vector<int>{1, 2, 3, 9, 10}));
+    m_groups.push_back(std::make_unique<GroupCall>(parts(), lower, 2, std::vector<int>{4, 5, 6, 7, 8}));
+    buildDelay(lower);
     auto& buttons = root.add(make<Container>("dtmfButtons", ContainerKind::Row));
     buttons.add(make<Button>("Save", "Salvar")).onClick = [this] { saveData(); };
     buttons.add(make<Button>("Hide", "Ocultar")).onClick = [this] { hide(); };
@@ -103,6 +103,13 @@ void DtmfControlWindow::buildCodes(Container& parent) {
     };
     m_reopen = std::make_unique<PeriodCountdown>(parts(), minutes, seconds, nullptr, std::move(o),
                                                  [this] { m_open->setValue(1); });
+
+    // Read by the ident window: it speaks the time when a received string
+    // equals DTMF while USEDTMF is ticked.
+    auto& frame = parent.add(make<Container>("frameTimeRequest", ContainerKind::Frame, "DTMF Por Hora"));
+    auto& time = frame.add(make<Container>("timeRequestRow", ContainerKind::Row));
+    time.add(make<TextBox>("DTMF", "DTMF"));
+    time.add(make<CheckBox>("USEDTMF", "Usar", 0));
 }
 
 void DtmfControlWindow::buildDelay(Container& parent) {
@@ -123,11 +130,6 @@ void DtmfControlWindow::buildDelay(Container& parent) {
     Label& indicator = state.add(make<Label>("ReceptionIndicator", kNoSignal));
     m_delay = std::make_unique<DtmfDelay>(parts(), allowance, *m_useDelay, countdown, indicator);
 
-    // Read by the ident window: it speaks the time when a received string
-    // equals DTMF while USEDTMF is ticked.
-    auto& time = parent.add(make<Container>("frameTimeRequest", ContainerKind::Frame, "DTMF Por Hora"));
-    time.add(make<TextBox>("DTMF", "DTMF"));
-    time.add(make<CheckBox>("USEDTMF", "Usar", 0));
 }
 
 void DtmfControlWindow::bindSettings() {
