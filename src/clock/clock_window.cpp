@@ -158,12 +158,7 @@ void ClockWindow::autoConnect() {
 void ClockWindow::connectButton() {
     const std::string conference = controlAs<TextBox>("TEXT37")->text();
     if (conference.empty()) return;
-    ignoreErrors([&] {
-        if (host().isConnectedTo(conference))
-            host().disconnect(conference);
-        else
-            host().connect(conference, true);
-    });
+    ignoreErrors([&] { toggleConnection(host(), conference); });
 }
 
 void ClockWindow::sayTheTime() {

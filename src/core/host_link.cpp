@@ -9,4 +9,11 @@ bool channelBusy(HostObject& host) {
     return busy || receiving || carrier;
 }
 
+void toggleConnection(HostObject& host, const std::string& station) {
+    if (host.isConnectedTo(station))
+        host.disconnect(station);
+    else
+        host.connect(station, true);
+}
+
 }  // namespace mv

@@ -60,4 +60,9 @@ public:
 // every time, in that order. True means the channel is in use.
 bool channelBusy(HostObject& host);
 
+// A connect/disconnect button: disconnects `station` when the host reports
+// it connected, connects it otherwise. Asked of the host every time, since
+// stations come and go on their own.
+void toggleConnection(HostObject& host, const std::string& station);
+
 }  // namespace mv

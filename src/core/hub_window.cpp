@@ -309,10 +309,7 @@ void HubWindow::bindSettings() {
     const char* voiceTypeDefaults[] = {"1", "0", "0", "1", "0", "1", "1", "0", "0", "1"};
     for (int i = 11; i <= 20; ++i) option("OPTION" + std::to_string(i), voiceTypeDefaults[i - 11]);
     for (const CaptionField& f : captionFields()) text(f.key, f.defaultText);
-    m_binder.bindPosition(
-        "LEFT", [this] { return leftTwips(); }, [this](float v) { move(v, topTwips()); }, "300");
-    m_binder.bindPosition(
-        "TOP", [this] { return topTwips(); }, [this](float v) { move(leftTwips(), v); }, "300");
+    bindWindowPosition(m_binder, "300");
 }
 
 void HubWindow::onLoad() {

@@ -80,6 +80,13 @@ bool Window::saveSettings(const SettingsBinder& binder) {
     return saved.written;
 }
 
+void Window::bindWindowPosition(SettingsBinder& binder, const std::string& defaultTwips) {
+    binder.bindPosition(
+        "LEFT", [this] { return leftTwips(); }, [this](float v) { move(v, topTwips()); }, defaultTwips);
+    binder.bindPosition(
+        "TOP", [this] { return topTwips(); }, [this](float v) { move(leftTwips(), v); }, defaultTwips);
+}
+
 void Window::move(float leftTwips, float topTwips) {
     if (leftTwips == m_left && topTwips == m_top) return;
     m_left = leftTwips;

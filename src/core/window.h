@@ -116,6 +116,8 @@ protected:
     // naming the file and the cause, when it failed; the old file is then
     // left as it was). True when the file was saved.
     bool saveSettings(const SettingsBinder& binder);
+    // Binds the window's place on the screen, "LEFT" then "TOP", in twips.
+    void bindWindowPosition(SettingsBinder& binder, const std::string& defaultTwips);
 
     Scheduler& scheduler();
     SettingsStore& settings();

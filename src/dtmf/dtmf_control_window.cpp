@@ -157,10 +157,7 @@ void DtmfControlWindow::bindSettings() {
     // Saved and read back like every other code, so "Desconectar Todo"
     // survives a restart too.
     text("TEXT111", "Text111");
-    m_binder.bindPosition(
-        "LEFT", [this] { return leftTwips(); }, [this](float v) { move(v, topTwips()); }, "300");
-    m_binder.bindPosition(
-        "TOP", [this] { return topTwips(); }, [this](float v) { move(leftTwips(), v); }, "300");
+    bindWindowPosition(m_binder, "300");
 }
 
 void DtmfControlWindow::onLoad() {
@@ -190,12 +187,7 @@ void DtmfControlWindow::saveData() { saveSettings(m_binder); }
 void DtmfControlWindow::rowTest(int row) {
     const std::string station = m_rows.at(static_cast<size_t>(row - 1)).station->text();
     if (station.empty()) return;
-    ignoreErrors([&] {
-        if (host().isConnectedTo(station))
-            host().disconnect(station);
-        else
-            host().connect(station, true);
-    });
+    ignoreErrors([&] { toggleConnection(host(), station); });
 }
 
 void DtmfControlWindow::keepAlive() {
@@ -236,21 +228,22 @@ void DtmfControlWindow::command(const std::string& code, const std::string& func
 void DtmfControlWindow::onDTMFString(const std::string& digits) {
     auto matches = [&](const char* field) { return dtmfCodeMatches(digits, controlAs<TextBox>(field)->text()); };
     // The switches act first, so a command that follows them sees the new state.
-    if (matches("TEXT1111")) {
-        log().dtmfCommand(name(), digits, "Usar Retardo on");
-        m_useDelay->setValue(1);
-    }
-    if (matches("TEXT2222")) {
-        log().dtmfCommand(name(), digits, "Usar Retardo off");
-        m_useDelay->setValue(0);
-    }
-    if (matches("TEXT222")) {
-        log().dtmfCommand(name(), digits, "Todo Abierto");
-        m_open->setValue(1);
-    }
-    if (matches("TEXT333")) {
-        log().dtmfCommand(name(), digits, "Todo Cerrado");
-        m_open->setValue(0);
+    struct Switch {
+        const char* code;
+        const char* function;
+        CheckBox* box;
+        int value;
+    };
+    const Switch switches[] = {
+        {"TEXT1111", "Usar Retardo on", m_useDelay, 1},
+        {"TEXT2222", "Usar Retardo off", m_useDelay, 0},
+        {"TEXT222", "Todo Abierto", m_open, 1},
+        {"TEXT333", "Todo Cerrado", m_open, 0},
+    };
+    for (const Switch& s : switches) {
+        if (!matches(s.code)) continue;
+        log().dtmfCommand(name(), digits, s.function);
+        s.box->setValue(s.value);
     }
     for (int row = 1; row <= kPreferredStations; ++row) {
         if (!dtmfCodeMatches(digits, m_rows[static_cast<size_t>(row - 1)].code->text())) continue;

@@ -37,26 +37,24 @@ GroupCall::GroupCall(WindowParts parts, Container& parent, int groupNumber, std:
     disconnect.onClick = [this] { disconnectGroup(); };
 }
 
-void GroupCall::connectGroup() {
+void GroupCall::forEachMember(const std::function<void(HostObject&, const std::string&)>& act) {
     for (TextBox* member : m_members) {
         const std::string station = member->text();
         if (station.empty()) continue;
-        ignoreErrors([&] {
-            HostObject& host = m_window.host();
-            if (!host.isConnectedTo(station)) host.connect(upperStation(station), true);
-        });
+        ignoreErrors([&] { act(m_window.host(), station); });
     }
 }
 
+void GroupCall::connectGroup() {
+    forEachMember([](HostObject& host, const std::string& station) {
+        if (!host.isConnectedTo(station)) host.connect(upperStation(station), true);
+    });
+}
+
 void GroupCall::disconnectGroup() {
-    for (TextBox* member : m_members) {
-        const std::string station = member->text();
-        if (station.empty()) continue;
-        ignoreErrors([&] {
-            HostObject& host = m_window.host();
-            if (host.isConnectedTo(station)) host.disconnect(upperStation(station));
-        });
-    }
+    forEachMember([](HostObject& host, const std::string& station) {
+        if (host.isConnectedTo(station)) host.disconnect(upperStation(station));
+    });
 }
 
 }  // namespace mv

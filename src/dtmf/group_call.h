@@ -3,6 +3,7 @@
 // five member fields in the order the operations visit them, its connect and
 // disconnect codes and their two "Pruebe" buttons. ConnectGroup connects each
 // member not yet connected; DisconnectGroup disconnects each member that is.
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -31,6 +32,10 @@ public:
     const std::string& disconnectCode() const { return m_disconnectCode->text(); }
 
 private:
+    // Each member with a station, in order; a member whose host call fails
+    // is skipped.
+    void forEachMember(const std::function<void(HostObject&, const std::string&)>& act);
+
     Window& m_window;
     std::string m_caption;
     std::vector<TextBox*> m_members;

@@ -54,10 +54,7 @@ void MessagesWindow::build() {
 
     // Written, like they are read, in this order.
     m_binder = SettingsBinder(kMessagesSettingsFile, kMessagesReadBuffer, name());
-    m_binder.bindPosition(
-        "LEFT", [this] { return leftTwips(); }, [this](float v) { move(v, topTwips()); }, "300");
-    m_binder.bindPosition(
-        "TOP", [this] { return topTwips(); }, [this](float v) { move(leftTwips(), v); }, "300");
+    bindWindowPosition(m_binder, "300");
     m_binder.bindCheck("CHECK1", *m_sendTime, "1");
     m_binder.bindCheck("CHECK2", *m_receiveTime, "1");
     for (int i = 0; i < kFilterWords; ++i)
