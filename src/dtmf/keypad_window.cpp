@@ -33,7 +33,10 @@ void KeypadWindow::build() {
     }
     auto& buttons = root.add(make<Container>("keypadButtons", ContainerKind::Row));
     buttons.add(make<Button>("Clear", "Borrar")).onClick = [this] { m_text->setText(""); };
-    buttons.add(make<Button>("Accept", "Aceptar")).onClick = [this] { host().executeDTMF(m_text->text()); };
+    // A host call that fails is in the log already; the field keeps its text.
+    buttons.add(make<Button>("Accept", "Aceptar")).onClick = [this] {
+        ignoreErrors([this] { host().executeDTMF(m_text->text()); });
+    };
     buttons.add(make<Button>("Exit", "Salir")).onClick = [this] { hide(); };
 }
 
@@ -46,7 +49,7 @@ void KeypadWindow::onLoad() {
 void KeypadWindow::press(char key) {
     // The character is added whether or not it is sent.
     m_text->setText(m_text->text() + key);
-    if (m_transmit->value() == 1) host().transmitDTMF(std::string(1, key));
+    if (m_transmit->value() == 1) ignoreErrors([&] { host().transmitDTMF(std::string(1, key)); });
 }
 
 }  // namespace mv

@@ -67,13 +67,5 @@ TEST_F(GroupCallTest, AFailingConnectLeavesTheOtherMembersToBeTried) {
     EXPECT_FALSE(suite->program().ended());
 }
 
-TEST_F(GroupCallTest, MembersOneToSixTakeNodeNumbersOnly) {
-    start();
-    for (int member = 1; member <= 10; ++member) {
-        const std::string key = "GROUPCALL" + std::to_string(member);
-        EXPECT_EQ(text(key).typeText("K1ABC"), member > 6) << key;
-    }
-}
-
 }  // namespace
 }  // namespace mv

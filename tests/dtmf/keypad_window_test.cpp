@@ -44,6 +44,11 @@ TEST_F(KeypadTest, KeysAddTheirCharacterAndTransmitOnlyWithTxDtmf) {
     for (const char* key : {"1", "2", "#"}) press(key);
     EXPECT_EQ(field().text(), "12#");
     EXPECT_EQ(keypadCalls("TransmitDTMF"), (Args{{"1"}, {"2"}, {"#"}}));
+    // A tone the node refuses is logged once; the key still counts.
+    suite->host().setFailing("TransmitDTMF", true);
+    press("A");
+    EXPECT_EQ(field().text(), "12#A");
+    EXPECT_EQ(logCount("\"kind\":\"error\""), 1u);
 }
 
 TEST_F(KeypadTest, EverySixteenKeysToneGoesOutKeyed) {
