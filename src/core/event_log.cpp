@@ -4,29 +4,15 @@
 #include <cstdio>
 #include <ostream>
 
+#include "core/plain_text.h"
+
 namespace mv {
 
 std::string jsonQuote(const std::string& text) {
     std::string out;
     out.reserve(text.size() + 2);
     out += '"';
-    for (unsigned char c : text) {
-        switch (c) {
-            case '"': out += "\\\""; break;
-            case '\\': out += "\\\\"; break;
-            case '\n': out += "\\n"; break;
-            case '\r': out += "\\r"; break;
-            case '\t': out += "\\t"; break;
-            default:
-                if (c < 0x20) {
-                    char buf[8];
-                    std::snprintf(buf, sizeof buf, "\\u%04x", c);
-                    out += buf;
-                } else {
-                    out += static_cast<char>(c);
-                }
-        }
-    }
+    appendSafeText(out, text, true);
     out += '"';
     return out;
 }

@@ -29,6 +29,9 @@ struct LogRecord {
     std::string toJson() const;
 };
 
+// A JSON string for any text: invalid UTF-8 becomes U+FFFD and control
+// characters are escaped (see safeText in plain_text.h), so every log line
+// is valid JSON.
 std::string jsonQuote(const std::string& text);
 
 class EventLog {

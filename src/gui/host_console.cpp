@@ -20,6 +20,7 @@
 
 #include "core/controls.h"
 #include "core/event_log.h"
+#include "core/plain_text.h"
 #include "core/scheduler.h"
 
 namespace mv {
@@ -29,7 +30,9 @@ constexpr int kRecordLines = 2000;
 constexpr int kListLines = 200;
 constexpr int kFlushMs = 100;
 
-QString qs(const std::string& s) { return QString::fromStdString(s); }
+// Everything the console shows from the host and the log is shown as the log
+// writes it: valid UTF-8, control characters escaped.
+QString qs(const std::string& s) { return QString::fromStdString(safeText(s)); }
 
 // Questions the suite asks over and over; the record hides them unless asked.
 bool isQuery(const std::string& call) {

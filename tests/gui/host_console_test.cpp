@@ -118,6 +118,19 @@ TEST_F(HostConsoleTest, ShowsTransmitterLinesChatAndMorseLive) {
     EXPECT_EQ(console.transmitterLabel()->text(), "PTT ON") << "the host keys itself for Morse";
 }
 
+TEST_F(HostConsoleTest, OddBytesShowAsTheLogWritesThem) {
+    // Chat in, with a Windows-1252 e-acute and a bell; chat out, with bytes
+    // that are no UTF-8 at all: both shown as valid text with the bell escaped.
+    rig.host.receiveChat("EA4XYZ>caf\xE9\x07");
+    node->sendChatText("hola\xFF\xFE\r\nadios");
+    EXPECT_TRUE(recordHas(QString::fromUtf8("EchoLink_ChatTextReceived(\"EA4XYZ>caf\uFFFD\\u0007\")")))
+        << console.recordLines().join('|').toStdString();
+    ASSERT_EQ(console.chatList()->count(), 1);
+    EXPECT_TRUE(console.chatList()->item(0)->text().endsWith(QString::fromUtf8("hola\uFFFD\uFFFD\\r\\nadios")))
+        << console.chatList()->item(0)->text().toStdString();
+    EXPECT_TRUE(recordHas(QString::fromUtf8("SendChatText(hola\uFFFD\uFFFD\\r\\nadios)")));
+}
+
 TEST_F(HostConsoleTest, RecordNamesTheWindowAndLeavesQueriesOutUnlessAsked) {
     ASSERT_FALSE(console.showingQueries());
     for (int i = 0; i < 50; ++i) node->isTransmitting();
