@@ -138,6 +138,26 @@ int runHeadless(const HeadlessOptions& options) {
         return 2;
     }
 
+    // The scenario's end, or an earlier --until.
+    int64_t stopMs = scenario.endMs;
+    std::string endReason = "scenario";
+    if (options.until) {
+        // In real time the scenario's start line is not the clock: --until is
+        // read against the wall clock now.
+        const RealClock wall;
+        const LocalDateTime from = options.realtime ? wall.localTimeAt(wall.monotonicMs()) : scenario.start;
+        const int64_t limit = options.until->toNaiveMs() - from.toNaiveMs();
+        if (limit <= 0) {
+            std::cerr << "marrowvane: --until " << options.until->isoText().substr(0, 19) << " is not after the run's start "
+                      << from.isoText().substr(0, 19) << '\n';
+            return 2;
+        }
+        if (limit < stopMs) {
+            stopMs = limit;
+            endReason = "until";
+        }
+    }
+
     LogFile logFile;
     std::ostream* logStream = &std::cout;
     if (!options.logPath.empty()) {
@@ -219,7 +239,7 @@ int runHeadless(const HeadlessOptions& options) {
     int status = 0;
     try {
         for (const Directive& d : scenario.directives) {
-            if (program.ended()) break;
+            if (program.ended() || d.atMs > stopMs) break;
             runTo(d.atMs);
             if (program.ended()) break;
             try {
@@ -230,8 +250,8 @@ int runHeadless(const HeadlessOptions& options) {
                 suite.log().error("", "line " + std::to_string(d.line) + ": " + e.what());
             }
         }
-        if (!program.ended()) runTo(scenario.endMs);
-        program.shutdown("scenario");
+        if (!program.ended()) runTo(stopMs);
+        program.shutdown(endReason);
     } catch (const std::exception& e) {
         std::cerr << "marrowvane: " << e.what() << '\n';
         program.shutdown(std::string("fatal error: ") + e.what());

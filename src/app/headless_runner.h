@@ -5,6 +5,8 @@
 #include <optional>
 #include <string>
 
+#include "core/local_time.h"
+
 namespace mv {
 
 struct HeadlessOptions {
@@ -20,9 +22,13 @@ struct HeadlessOptions {
     // otherwise, so a scenario replays the same way; a real-time run draws
     // one. Either way the log names it once the suite has started.
     std::optional<uint64_t> seed;
+    // The local date-time at which the run stops at the latest (--until),
+    // whatever the scenario's own end; in real time, a wall-clock reading.
+    std::optional<LocalDateTime> until;
 };
 
-// Exit status: 0 done, 1 could not run (another copy runs, files), 2 bad scenario.
+// Exit status: 0 done (also when a signal ended it in order), 1 could not run
+// (another copy runs, files) or a fatal error, 2 bad scenario or --until.
 int runHeadless(const HeadlessOptions& options);
 
 }  // namespace mv

@@ -31,6 +31,7 @@ void usage(std::ostream& out) {
            "  --log-queries        log host queries and repeated commands too\n"
            "  --realtime           run the scenario on the real clock and sound device\n"
            "  --seed N             seed the random choices (virtual time default: 1)\n"
+           "  --until DATE-TIME    stop the run at YYYY-MM-DDTHH:MM:SS (local) at the latest\n"
            "  --help               show this help and exit\n"
            "  --version            show the version and exit\n"
            "\n"
@@ -77,8 +78,16 @@ int main(int argc, char** argv) {
             const std::string v = value("--seed");
             if (!mv::setting::parseWhole(v, n) || n < 0) badCommandLine("--seed takes a whole number, not '" + v + "'");
             options.seed = static_cast<uint64_t>(n);
-        }
-        else if (arg == "--version") {
+        } else if (arg == "--until") {
+            // As the log writes times (2026-11-23T06:00:00), or with a blank.
+            const std::string given = value("--until");
+            std::string v = given;
+            if (v.size() > 10 && v[10] == 'T') v[10] = ' ';
+            const auto t = mv::LocalDateTime::parse(v);
+            if (!t || t->year < 1970 || t->year > 9999)
+                badCommandLine("--until takes a local date and time, YYYY-MM-DDTHH:MM:SS, not '" + given + "'");
+            options.until = t;
+        } else if (arg == "--version") {
             version(std::cout);
             return 0;
         } else if (arg == "--help" || arg == "-h") {

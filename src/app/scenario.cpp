@@ -85,6 +85,12 @@ bool parseRelative(const std::string& s, int64_t& ms) {
     return true;
 }
 
+// How far a scenario may reach. A run simulates every millisecond up to its
+// last line (the log and any recording with it), so a mistyped time such as
+// +99999999h would run for thousands of years and fill the disk; 400 days
+// covers a year-long test with room to spare.
+constexpr int64_t kLongestScenarioMs = 400LL * 86400000;
+
 bool knownWindow(const std::string& name) {
     const auto& names = scenarioWindowNames();
     return std::find(names.begin(), names.end(), name) != names.end();
@@ -120,6 +126,7 @@ Scenario parseScenario(const std::string& text, const std::string& file) {
             if (tokens.size() != 3) fail("start takes a date and a time: start YYYY-MM-DD HH:MM:SS");
             const auto t = LocalDateTime::parse(tokens[1].text + " " + tokens[2].text);
             if (!t) fail("not a date and time: " + tokens[1].text + " " + tokens[2].text);
+            if (t->year < 1970 || t->year > 9999) fail("start must be in the years 1970 to 9999, not " + std::to_string(t->year));
             sc.start = *t;
             startOfDay = (t->hour * 3600LL + t->minute * 60 + t->second) * 1000;
             haveStart = true;
@@ -146,6 +153,8 @@ Scenario parseScenario(const std::string& text, const std::string& file) {
             if (abs < prevAbs) abs += 86400000;
             d.atMs = abs - startOfDay;
         }
+        if (d.atMs > kLongestScenarioMs)
+            fail("\"" + tokens[0].raw + "\" reaches more than 400 days after start, the most a scenario may cover");
         if (verbAt >= tokens.size()) fail("a time needs a verb after it");
         d.verb = tokens[verbAt].raw;
         std::vector<Token> args(tokens.begin() + static_cast<std::ptrdiff_t>(verbAt + 1), tokens.end());

@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <csignal>
+#include <filesystem>
 #include <fstream>
 #include <sstream>
 #include <string>
@@ -126,6 +127,33 @@ TEST(HeadlessRunnerTest, ASignalEndsARunInVirtualTimeInOrderToo) {
     const auto lines = linesOf(test::readText(o.logPath));
     expectReleasedLast(lines, "stopped by SIGINT");
     EXPECT_EQ(lines.back().rfind("{\"t\":\"2026-11-22T13:59:50.000\"", 0), 0u) << "not a day later: " << lines.back();
+}
+
+TEST(HeadlessRunnerTest, UntilStopsARunEarlierThanItsScenarioAndMustBeAfterItsStart) {
+    test::TempDir dir;
+    const auto scn = dir.path() / "week.scn";
+    std::ofstream(scn) << "start 2026-11-22 13:59:50\n14:00:30 chat \"x /ver/\"\n14:20:00 chat \"x /ver/\"\n+168h end\n";
+    HeadlessOptions o;
+    o.scenarioPath = scn.string();
+    o.logPath = (dir.path() / "log.jsonl").string();
+    o.settingsDir = (dir.path() / "settings").string();
+    o.until = LocalDateTime{2026, 11, 22, 14, 10, 0, 0};
+    EXPECT_EQ(runHeadless(o), 0);
+    const auto lines = linesOf(test::readText(o.logPath));
+    expectReleasedLast(lines, "until");
+    EXPECT_EQ(lines.back().rfind("{\"t\":\"2026-11-22T14:10:00.000\"", 0), 0u) << lines.back();
+    size_t replies = 0;
+    for (const auto& line : lines) replies += has(line, "\"call\":\"SendChatText\"");
+    EXPECT_EQ(replies, 1u) << "the line after the limit never ran";
+
+    std::filesystem::remove_all(dir.path() / "settings");
+    std::filesystem::remove(o.logPath);
+    o.until = LocalDateTime{2026, 11, 22, 13, 59, 50, 0};
+    testing::internal::CaptureStderr();
+    EXPECT_EQ(runHeadless(o), 2);
+    EXPECT_NE(testing::internal::GetCapturedStderr().find("--until 2026-11-22T13:59:50 is not after the run's start"),
+              std::string::npos);
+    EXPECT_FALSE(std::filesystem::exists(o.logPath));
 }
 
 TEST(HeadlessRunnerTest, SighupInRealTimeWhileKeyedReleasesAndExitsWithStatusZero) {

@@ -27,6 +27,11 @@ TEST(ScenarioTest, TimesAreAbsoluteOrRelativeAndAbsoluteOnesNeverGoBack) {
     EXPECT_EQ(s.endMs, 140000 + 3600000);
 }
 
+TEST(ScenarioTest, ASceneMayReachFourHundredDaysAndNoFurther) {
+    const Scenario s = parseScenario("start 9999-01-01 00:00:00\n+9599h rx on\n23:59:59.999 rx off\n", "t.scn");
+    EXPECT_EQ(s.directives[1].atMs, 400LL * 86400000 - 1);
+}
+
 TEST(ScenarioTest, WithoutEndTheRunStopsOneSecondAfterTheLastLine) {
     const Scenario s = parseScenario("start 2026-11-22 14:00:00\n14:00:05.250 rx on\n", "t.scn");
     EXPECT_EQ(s.directives[0].atMs, 5250);
@@ -64,6 +69,12 @@ TEST(ScenarioTest, BadLinesNameTheFileAndLine) {
         {"start 2026-11-22 14:00:00\n+1s end\n+1s rx on\n", "t.scn:3: nothing may follow end"},
         {"start 2026-11-22 14:00:00\n+1s set hub.TEXT4\n", "t.scn:2: usage: set"},
         {"", "t.scn:1: empty scenario"},
+        // A run simulates every millisecond up to its last line: a time past
+        // 400 days, or a start outside the calendar the log can write, is a typo.
+        {"start 2026-11-22 14:00:00\n+1s rx on\n+99999999h carrier on\n",
+         "t.scn:3: \"+99999999h\" reaches more than 400 days after start"},
+        {"start 2026-11-22 14:00:00\n+9600h rx on\n+1ms end\n", "t.scn:3: \"+1ms\" reaches more than 400 days"},
+        {"start 1969-12-31 23:59:59\n", "t.scn:1: start must be in the years 1970 to 9999, not 1969"},
     };
     for (const auto& [text, expected] : cases) {
         try {
