@@ -3,15 +3,13 @@
 // with the time, callsign, name and address, from the moment the hub loads it
 // at start-up until the program ends. It stores nothing on disk and never
 // keys the transmitter.
+#include "core/connection_history.h"
 #include "core/window.h"
 
 namespace mv {
 
 class HistoryWindow final : public Window {
 public:
-    // Lines the list keeps; weeks of ordinary traffic, and no more.
-    static constexpr size_t kListLines = 2000;
-
     explicit HistoryWindow(Program& program);
 
     // HostEvents
@@ -23,7 +21,7 @@ protected:
     CloseDecision onQueryClose() override;
 
 private:
-    LineLog* m_list = nullptr;
+    ConnectionHistory m_history;
 };
 
 }  // namespace mv
