@@ -174,6 +174,7 @@ int runHeadless(const HeadlessOptions& options) {
     so.logStream = logStream;
     so.logQueries = options.logQueries;
     so.defaultVoiceFolder = installedVoiceFolder();
+    so.defaultToneFolder = installedToneFolder();
 
     // Before the suite exists, so every thread it starts inherits the mask.
     RunSignals signals;

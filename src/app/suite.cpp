@@ -2,6 +2,7 @@
 
 #include "about/about_window.h"
 #include "clock/clock_window.h"
+#include "courtesy/courtesy_window.h"
 #include "dtmf/dtmf_control_window.h"
 #include "dtmf/keypad_window.h"
 #include "messages/history_window.h"
@@ -38,6 +39,7 @@ Suite::Suite(const SuiteOptions& options) {
     m_program = std::make_unique<Program>(
         Services{*m_scheduler, *m_host, *m_settings, *m_dialogs, m_log, &m_air->media(), m_shell.get()});
     if (!options.defaultVoiceFolder.empty()) m_program->setDefaultVoiceFolder(options.defaultVoiceFolder);
+    if (!options.defaultToneFolder.empty()) m_program->setDefaultToneFolder(options.defaultToneFolder);
     addModuleWindows(*m_program);
 }
 
@@ -50,6 +52,7 @@ Suite::~Suite() {
 
 void addModuleWindows(Program& program) {
     program.addWindow(std::make_unique<ClockWindow>(program));
+    program.addWindow(std::make_unique<CourtesyWindow>(program));
     program.addWindow(std::make_unique<HistoryWindow>(program));
     // Loaded by its hub button, the first time it is pressed.
     program.addWindow(std::make_unique<MessagesWindow>(program));
@@ -58,18 +61,29 @@ void addModuleWindows(Program& program) {
     program.addWindow(std::make_unique<KeypadWindow>(program));
 }
 
-std::string installedVoiceFolder() {
-    // An installed program finds its voice beside it (bin/../share/...), so the
-    // install can be moved; a program run from its build tree uses the build's.
+namespace {
+// A folder of sounds made at build time: an installed program finds it beside
+// itself (bin/../share/marrowvane/...), so the install can be moved; a program
+// run from its build tree uses the build's.
+std::string installedSoundFolder(const char* subfolder, const char* probeFile, const char* buildDir,
+                                 const char* installDir) {
     std::error_code ec;
     const std::filesystem::path exe = std::filesystem::read_symlink("/proc/self/exe", ec);
     if (!ec) {
-        const std::filesystem::path beside = exe.parent_path().parent_path() / "share" / "marrowvane" / "voice";
-        if (std::filesystem::exists(beside / "TheTimeIs.wav", ec)) return beside.string() + "/";
+        const std::filesystem::path beside = exe.parent_path().parent_path() / "share" / "marrowvane" / subfolder;
+        if (std::filesystem::exists(beside / probeFile, ec)) return beside.string() + "/";
     }
-    if (std::filesystem::exists(std::filesystem::path(MV_BUILD_VOICE_DIR) / "TheTimeIs.wav", ec))
-        return std::string(MV_BUILD_VOICE_DIR) + "/";
-    return std::string(MV_INSTALLED_VOICE_DIR) + "/";
+    if (std::filesystem::exists(std::filesystem::path(buildDir) / probeFile, ec)) return std::string(buildDir) + "/";
+    return std::string(installDir) + "/";
+}
+}  // namespace
+
+std::string installedVoiceFolder() {
+    return installedSoundFolder("voice", "TheTimeIs.wav", MV_BUILD_VOICE_DIR, MV_INSTALLED_VOICE_DIR);
+}
+
+std::string installedToneFolder() {
+    return installedSoundFolder("tones", "RF.wav", MV_BUILD_TONES_DIR, MV_INSTALLED_TONES_DIR);
 }
 
 }  // namespace mv

@@ -54,6 +54,8 @@ struct SuiteOptions {
     bool logQueries = false;
     // Folder of the voice installed with the program.
     std::string defaultVoiceFolder;
+    // Folder of the courtesy tones installed with the program.
+    std::string defaultToneFolder;
 };
 
 class Suite {
@@ -97,5 +99,7 @@ void addModuleWindows(Program& program);
 
 // The voice folder installed with the program (ends with '/').
 std::string installedVoiceFolder();
+// The folder of the default courtesy tones (ends with '/').
+std::string installedToneFolder();
 
 }  // namespace mv

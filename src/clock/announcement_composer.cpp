@@ -100,12 +100,7 @@ void AnnouncementComposer::abandon(const std::string& path) {
     if (m_ctx.voiceFilesMissing) m_ctx.voiceFilesMissing(path, "");
 }
 
-void AnnouncementComposer::applySliders() {
-    PlayerStrip& p = m_ctx.player;
-    if (!p.hasGraph()) return;
-    ignoreErrors({[&] { p.graph()->setVolume(p.volumeSlider().value()); },
-                  [&] { p.graph()->setRate(p.speedSlider().value() / 100.0); }});
-}
+void AnnouncementComposer::applySliders() { m_ctx.player.applySliders(); }
 
 void AnnouncementComposer::playNext() {
     applySliders();

@@ -85,6 +85,7 @@ void HostCallLog::disconnectAll() {
 }
 void HostCallLog::setPTT(bool on) {
     setLine("SetPTT", &HostLineMemory::ptt, on, [&] { m_inner->setPTT(on); });
+    m_program.keyingCommandIssued(on);
 }
 bool HostCallLog::isBusy() {
     return query("IsBusy", {}, [&] { return m_inner->isBusy(); });
@@ -101,6 +102,7 @@ bool HostCallLog::isCarrierDetected() {
 void HostCallLog::sendCW(int32_t option, const std::string& text) {
     MV_COMMAND("SendCW", int64_t{option}, text);
     call("SendCW", [&] { m_inner->sendCW(option, text); });
+    m_program.keyingCommandIssued(true);
 }
 bool HostCallLog::isConnectedTo(const std::string& c) {
     return query("IsConnectedTo", {c}, [&] { return m_inner->isConnectedTo(c); });
@@ -111,6 +113,7 @@ StationInfo HostCallLog::stationInfo() {
 void HostCallLog::transmitDTMF(const std::string& digit) {
     MV_COMMAND("TransmitDTMF", digit);
     call("TransmitDTMF", [&] { m_inner->transmitDTMF(digit); });
+    m_program.keyingCommandIssued(true);
 }
 void HostCallLog::setRTS(bool on) {
     setLine("SetRTS", &HostLineMemory::rts, on, [&] { m_inner->setRTS(on); });

@@ -48,7 +48,7 @@ void PeriodCountdown::onPeriodChanged() {
 }
 
 void PeriodCountdown::onTick() {
-    m_scheduler.processPendingEvents();
+    if (m_options.letPendingEventsRunFirst) m_scheduler.processPendingEvents();
     if (m_options.beforeTick) m_options.beforeTick();
     if (m_options.zeroPeriodBecomesOneAtTick && m_period.text() == "0") m_period.setText("1");
 

@@ -35,6 +35,11 @@ struct PeriodCountdownOptions {
     OnEdit onEdit = OnEdit::RestartFull;
     // Each tick first puts a period of "0" back to "1".
     bool zeroPeriodBecomesOneAtTick = false;
+    // Each tick first lets the window's pending messages run. Off for two
+    // countdowns that pause each other by stopping each other's tick source:
+    // a tick that ran the other one's due tick inside itself could leave both
+    // stopped for good.
+    bool letPendingEventsRunFirst = true;
 
     // What one tick does with the count. Without one, the count falls while
     // the enable box reads anything but 0 and holds otherwise.

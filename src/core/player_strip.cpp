@@ -163,10 +163,7 @@ bool PlayerStrip::loadFile(const std::string& path) {
     showText(*m_lengthField, m_options.progress == PlayerStripOptions::Progress::PlainSeconds ? secondsText(length)
                                                                                            : formatDuration(length));
     showText(*m_lengthDisplay, secondsText(length));
-    if (m_options.applyVolumeAndRateAtLoad) {
-        applyVolume();
-        applyRate();
-    }
+    if (m_options.applyVolumeAndRateAtLoad) applySliders();
     wakeDisplay();
     return true;
 }
@@ -245,6 +242,11 @@ void PlayerStrip::applyVolume() {
 
 void PlayerStrip::applyRate() {
     if (m_graph) ignoreErrors([this] { m_graph->setRate(m_speed->value() / 100.0); });
+}
+
+void PlayerStrip::applySliders() {
+    applyVolume();
+    applyRate();
 }
 
 void PlayerStrip::wakeDisplay() {

@@ -88,6 +88,8 @@ public:
     void keyOff();
     bool keyed() const;
 
+    // The volume and speed sliders onto the graph now (errors ignored).
+    void applySliders();
     // Graph calls with errors ignored, as the local player buttons make them.
     void run();
     void stop();

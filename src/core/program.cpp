@@ -138,13 +138,52 @@ void Program::releaseTransmitter() {
     }
 }
 
+void Program::keyingCommandIssued(bool keys) {
+    for (const auto& w : m_windows)
+        if (w->isLoaded()) w->onKeyingCommand(keys);
+}
+
 int Program::randomBetween(int low, int high) {
     if (high <= low) return low;
     return std::uniform_int_distribution<int>(low, high)(m_random);
 }
 
+namespace {
+// Passes a window's host events on to it, noting the host's closing first.
+class EventTap final : public HostEvents {
+public:
+    EventTap(Program& program, Window& window) : m_program(program), m_window(window) {}
+    void onDTMFString(const std::string& digits) override { m_window.onDTMFString(digits); }
+    void onRX(bool receiving) override { m_window.onRX(receiving); }
+    void onCarrierDetect(bool carrier) override { m_window.onCarrierDetect(carrier); }
+    void onConnected(const std::string& call, const std::string& name, const std::string& address) override {
+        m_window.onConnected(call, name, address);
+    }
+    void onDisconnected(const std::string& call) override { m_window.onDisconnected(call); }
+    void onChatTextReceived(const std::string& text) override { m_window.onChatTextReceived(text); }
+    void onClosing() override {
+        m_program.hostClosing();
+        m_window.onClosing();
+    }
+
+private:
+    Program& m_program;
+    Window& m_window;
+};
+}  // namespace
+
+void Program::hostClosing() {
+    if (m_hostClosing) return;
+    m_hostClosing = true;
+    for (const auto& w : m_windows)
+        if (w->isLoaded()) w->beforeHostCloses();
+}
+
 std::unique_ptr<HostObject> Program::createHostObject(Window& window) {
-    auto raw = m_services.host.createObject(window.name(), &window);
+    // A window that loads again gets a new tap; the old one's subscription
+    // ended with its host object.
+    m_eventTaps.push_back(std::make_unique<EventTap>(*this, window));
+    auto raw = m_services.host.createObject(window.name(), m_eventTaps.back().get());
     return std::make_unique<HostCallLog>(std::move(raw), window.name(), *this);
 }
 

@@ -162,10 +162,24 @@ public:
     // lines, shared by every window's call log (see HostCallLog).
     HostLineMemory& hostLines() { return m_hostLines; }
 
+    // The host has begun to close: the first window to hear its Closing event
+    // calls this before its own handler runs, so every loaded window gets its
+    // Window::beforeHostCloses() whichever window's handler then ends the
+    // program. Runs once.
+    void hostClosing();
+
+    // Some window's host object has just keyed, unkeyed or sent tones: every
+    // loaded window hears of it (Window::onKeyingCommand).
+    void keyingCommandIssued(bool keys);
+
     // Folder of the voice recordings installed with the program; the hub's
     // "Default" buttons put it into the voice folder fields.
     const std::string& defaultVoiceFolder() const { return m_defaultVoiceFolder; }
     void setDefaultVoiceFolder(std::string folder) { m_defaultVoiceFolder = std::move(folder); }
+    // Folder of the courtesy tones installed with the program ("RF.wav",
+    // "IP.wav"); the courtesy window's tone fields default to them.
+    const std::string& defaultToneFolder() const { return m_defaultToneFolder; }
+    void setDefaultToneFolder(std::string folder) { m_defaultToneFolder = std::move(folder); }
 
     // The suite's one source of chance (a random beacon file, a random text
     // line): real randomness by default; a fixed seed makes a run replay the
@@ -190,11 +204,15 @@ private:
     bool m_ending = false;
     std::unique_ptr<Shell> m_fallbackShell;
     bool m_ended = false;
+    bool m_hostClosing = false;
+    // What each window's host object reports its events to (see hostClosing).
+    std::vector<std::unique_ptr<HostEvents>> m_eventTaps;
     int64_t m_hostBusyWaitMs = 0;
     std::function<void()> m_onEnded;
     WindowObserver* m_observer = nullptr;
     std::mt19937_64 m_random{std::random_device{}()};
     std::string m_defaultVoiceFolder = "C:\\Program Files\\Marrowvane\\";
+    std::string m_defaultToneFolder = "C:\\Program Files\\Marrowvane\\";
 };
 
 }  // namespace mv

@@ -31,6 +31,7 @@ public:
     template <class T, class... Args>
     T& make(Args&&... args);
     Timer& makeTimer(std::string name, int intervalMs, bool enabled, std::function<void()> onTick);
+    OptionGroup& makeGroup();
     Window& window() { return m_window; }
 
 private:
@@ -84,6 +85,17 @@ public:
 
     bool hasHost() const { return static_cast<bool>(m_host); }
     HostObject& host();
+
+    // The host is closing: runs in every loaded window before any window's
+    // Closing handler, so what must not be lost (the one automatic save) is
+    // done whichever window ends the program.
+    virtual void beforeHostCloses() {}
+
+    // A window (this one or another) has just asked the host to key or unkey
+    // the transmitter or to send tones of its own; `keys` is false for an
+    // unkey. A window that mirrors the transmitter wakes its poll here instead
+    // of polling while nothing happens.
+    virtual void onKeyingCommand(bool /*keys*/) {}
 
 protected:
     // Creates the control tree; called at each load before onLoad().
@@ -149,6 +161,8 @@ template <class T, class... Args>
 T& WindowParts::make(Args&&... args) {
     return m_window.make<T>(std::forward<Args>(args)...);
 }
+
+inline OptionGroup& WindowParts::makeGroup() { return m_window.makeGroup(); }
 
 inline Timer& WindowParts::makeTimer(std::string name, int intervalMs, bool enabled, std::function<void()> onTick) {
     return m_window.makeTimer(std::move(name), intervalMs, enabled, std::move(onTick));

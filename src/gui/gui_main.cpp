@@ -26,6 +26,7 @@ int runGui(int argc, char** argv, const HeadlessOptions& options) {
     so.settingsDir = options.settingsDir.empty() ? defaultSettingsFolder() : std::filesystem::path(options.settingsDir);
     so.defaultVoiceFolder = installedVoiceFolder();
     so.logQueries = options.logQueries;
+    so.defaultToneFolder = installedToneFolder();
     if (!options.logPath.empty()) {
         if (logFile.open(options.logPath, false)) so.logStream = &logFile.stream();
         else std::cerr << "marrowvane: cannot write the log file " << options.logPath << '\n';

@@ -54,6 +54,7 @@ int main(int argc, char** argv) {
     mv::SuiteOptions options;
     options.settingsDir = settings.path().toStdString();
     options.defaultVoiceFolder = mv::installedVoiceFolder();
+    options.defaultToneFolder = mv::installedToneFolder();
     mv::Suite suite(options);
     mv::GuiSession session(suite);
     std::string message;

@@ -132,7 +132,7 @@ HeadlessOptions recordedRun(const test::ScratchDir& dir, const std::string& scen
 TEST(HeadlessRecord, RecordsTheWholeRunUnkeyedWhenNothingPlays) {
     test::ScratchDir dir;
     const HeadlessOptions o =
-        recordedRun(dir, "start 2026-11-22 14:00:00\n+2s rx on\n+500ms rx off\n+1s end\n", dir.file("air.wav"));
+        recordedRun(dir, "start 2026-11-22 14:00:00\n+2s carrier on\n+500ms carrier off\n+1s end\n", dir.file("air.wav"));
     ASSERT_EQ(runHeadless(o), 0);
     const AirRecording rec = AirRecording::load(o.recordPath);
     EXPECT_EQ(rec.lengthMs(), 3500);

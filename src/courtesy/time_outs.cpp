@@ -1,0 +1,139 @@
+#include "courtesy/time_outs.h"
+
+#include "core/errors.h"
+
+namespace mv {
+
+using namespace courtesy;
+using Step = PeriodCountdownOptions::Step;
+
+TimeOuts::TimeOuts(Window& window) : m_window(window) {}
+
+void TimeOuts::build(WindowParts parts, Container& indicatorRow, Container& area, const ChannelPresence& presence,
+                     std::function<void()> rfTimedOut) {
+    m_presence = &presence;
+    m_rfTimedOut = std::move(rfTimedOut);
+
+    m_label = &indicatorRow.add(parts.make<Label>("TimeOutLabel", "Funcionamiento"));
+    m_label->setBackColor(kLightGreen);
+
+    struct Side {
+        TextBox* period;
+        CheckBox* counts;
+        Label* seconds;
+        CheckBox* disconnects;
+    };
+    auto side = [&](const char* frameName, const char* caption, const char* periodKey, const char* countsKey,
+                    const char* secondsName, const char* disconnectsKey, const char* disconnectsCaption) {
+        auto& frame = area.add(parts.make<Container>(frameName, ContainerKind::Frame, caption, 2));
+        frame.add(parts.make<Label>(std::string("lbl") + periodKey, "Tiempo para Excluir la Estacion (Minutos)"));
+        Side s{};
+        s.period = &frame.add(parts.make<TextBox>(periodKey, "5"));
+        s.counts = &frame.add(parts.make<CheckBox>(countsKey, "Tiempo en           Minutos", 0));
+        s.counts->setToolTip("Auto Mute enable");
+        frame.add(parts.make<Label>(std::string("gap") + countsKey, ""));
+        frame.add(parts.make<Label>(std::string("lbl") + secondsName, "Retardo"));
+        s.seconds = &frame.add(parts.make<Label>(secondsName, "600"));
+        s.seconds->setToolTip("Seconds before Mute");
+        s.disconnects = &frame.add(parts.make<CheckBox>(disconnectsKey, disconnectsCaption, 0));
+        return s;
+    };
+    const Side rf = side("frameTimeOutRF", "Desconeccion Automatico RF", "BEACONPERIOD2", "CHECK4", "RFCountdown",
+                         "CHECK6", "Desconectar Todo via RF");
+    const Side ip = side("frameTimeOutIP", "Desconeccion Automatico IP", "BEACONPERIOD3", "CHECK7", "IPCountdown",
+                         "CHECK5", "Desconectar Todo via IP");
+    m_rfCounts = rf.counts;
+    m_rfDisconnects = rf.disconnects;
+    m_internetCounts = ip.counts;
+    m_internetDisconnects = ip.disconnects;
+
+    // The minute form of the countdown with a step of its own: it counts while
+    // its side holds the channel, holds while its box is clear, and stands at
+    // the full period while its side is quiet. Editing the period only puts an
+    // emptied or zero field back to "1"; the count takes the new period when
+    // next it restarts. Each tick runs on its own, in turn with the other
+    // side's, so the two never pause each other at once.
+    auto options = [](const char* timerName, std::function<Step()> step) {
+        PeriodCountdownOptions o;
+        o.timerName = timerName;
+        o.secondsPerUnit = 60;
+        o.emptiedPeriod = "1";
+        o.editStartsOrStopsTick = false;
+        o.onEdit = PeriodCountdownOptions::OnEdit::Keep;
+        o.zeroPeriodBecomesOneAtTick = true;
+        o.letPendingEventsRunFirst = false;
+        o.step = std::move(step);
+        return o;
+    };
+    m_rf = std::make_unique<PeriodCountdown>(parts, *rf.period, *rf.seconds, nullptr,
+                                             options("TimeOutTimer", [this] { return rfStep(); }),
+                                             [this] { rfTimeOut(); });
+    m_internet = std::make_unique<PeriodCountdown>(parts, *ip.period, *ip.seconds, nullptr,
+                                                   options("Timer9", [this] { return internetStep(); }),
+                                                   [this] { internetTimeOut(); });
+    m_quietWatch = &parts.makeTimer("Timer10", 1, false, [this] { quietTick(); });
+}
+
+void TimeOuts::release() {
+    m_rf.reset();
+    m_internet.reset();
+    m_quietWatch = nullptr;
+}
+
+Step TimeOuts::rfStep() {
+    if (m_presence->rfUserPresent()) {
+        m_internet->tickSource().setEnabled(false);
+        return m_rfCounts->value() != 0 ? Step::Count : Step::Hold;
+    }
+    m_internet->tickSource().setEnabled(true);
+    return Step::Reset;
+}
+
+Step TimeOuts::internetStep() {
+    if (m_presence->internetPresent()) {
+        m_rf->tickSource().setEnabled(false);
+        return m_internetCounts->value() != 0 ? Step::Count : Step::Hold;
+    }
+    m_rf->tickSource().setEnabled(true);
+    return Step::Reset;
+}
+
+// A host action or disconnect that fails is logged by the call itself; the
+// steps after it still run, so a refused action never keeps a station that
+// timed out on the node.
+void TimeOuts::performAction() {
+    ignoreErrors([this] { m_window.host().performAction(7); });
+}
+
+void TimeOuts::disconnectAll() {
+    ignoreErrors([this] { m_window.host().disconnectAll(); });
+}
+
+void TimeOuts::rfTimeOut() {
+    m_quietWatch->setEnabled(true);
+    performAction();
+    if (m_rfTimedOut) m_rfTimedOut();
+}
+
+void TimeOuts::internetTimeOut() {
+    performAction();
+    performAction();
+    if (m_internetDisconnects->value() != 1) return;
+    performAction();
+    performAction();
+    disconnectAll();
+}
+
+void TimeOuts::quietTick() {
+    if (!m_presence->quiet()) {
+        indicate(*m_label, "DESCANSO", kRed);
+        return;
+    }
+    indicate(*m_label, "Funcionamiento", kLightGreen);
+    m_quietWatch->setEnabled(false);
+    performAction();
+    performAction();
+    if (m_rfDisconnects->value() == 1) disconnectAll();
+}
+
+}  // namespace mv
