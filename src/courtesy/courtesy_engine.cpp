@@ -68,7 +68,8 @@ void CourtesyEngine::build(WindowParts parts, Container& settingsArea, Container
     m_rfTone = &toneRow("Tono RF", "RFTone", "RF.wav", "btnFileRF", "btnTestRFTone", 1);
     m_ipTone = &toneRow("Tono Internet", "InetTone", "IP.wav", "btnFileIP", "btnTestIPTone", 2);
 
-    auto& codes = frame.add(parts.make<Container>("frameCourtesyDtmf", ContainerKind::Frame, "DTMF", 2));
+    auto& codeFrame = frame.add(parts.make<Container>("frameCourtesyDtmf", ContainerKind::Frame, "DTMF"));
+    auto& codes = codeFrame.add(parts.make<Container>("courtesyCodes", ContainerKind::Grid, "", 2));
     codes.add(parts.make<Label>("lblOpenCode", "Abrir"));
     codes.add(parts.make<Label>("lblCloseCode", "Cerrar"));
     m_openCode = &codes.add(parts.make<TextBox>("TEXT4", ""));

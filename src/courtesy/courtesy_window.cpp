@@ -77,7 +77,8 @@ void CourtesyWindow::buildIndicators(Container& row) {
 }
 
 void CourtesyWindow::buildKerchunkFrame(Container& area) {
-    auto& frame = area.add(make<Container>("frameKerchunk", ContainerKind::Frame, "Anti-Kerchunker", 3));
+    auto& outer = area.add(make<Container>("frameKerchunk", ContainerKind::Frame, "Anti-Kerchunker"));
+    auto& frame = outer.add(make<Container>("kerchunkGrid", ContainerKind::Grid, "", 3));
     frame.add(make<Label>("lblKerchunkWait", "Anti-Kerchunker"));
     TextBox& wait = frame.add(make<TextBox>("KerchunkWait", "5000"));
     wait.setToolTip("Anti-Kerchunker Tiempo en Milesegundos");

@@ -28,7 +28,8 @@ void LongTransmissionMessage::build(WindowParts parts, Container& area, const Ch
     buttons.add(parts.make<Button>("btnClearMessage", "Borrar")).onClick = [this] { m_message->setText(""); };
     buttons.add(parts.make<Button>("btnTestMessage", "Prueba")).onClick = [this] { test(); };
 
-    auto& allowed = frame.add(parts.make<Container>("frameAllowed", ContainerKind::Frame, "Tiempo permitido", 2));
+    auto& allowedFrame = frame.add(parts.make<Container>("frameAllowed", ContainerKind::Frame, "Tiempo permitido"));
+    auto& allowed = allowedFrame.add(parts.make<Container>("allowedGrid", ContainerKind::Grid, "", 2));
     allowed.add(parts.make<Label>("lblBEACONPERIOD", "Segundos Transmision"));
     TextBox& period = allowed.add(parts.make<TextBox>("BEACONPERIOD", "150"));
     allowed.add(parts.make<Label>("lblTEXT8", "Segundos Retardo"));

@@ -25,7 +25,8 @@ void TimeOuts::build(WindowParts parts, Container& indicatorRow, Container& area
     };
     auto side = [&](const char* frameName, const char* caption, const char* periodKey, const char* countsKey,
                     const char* secondsName, const char* disconnectsKey, const char* disconnectsCaption) {
-        auto& frame = area.add(parts.make<Container>(frameName, ContainerKind::Frame, caption, 2));
+        auto& outer = area.add(parts.make<Container>(frameName, ContainerKind::Frame, caption));
+        auto& frame = outer.add(parts.make<Container>(std::string(frameName) + "Grid", ContainerKind::Grid, "", 2));
         frame.add(parts.make<Label>(std::string("lbl") + periodKey, "Tiempo para Excluir la Estacion (Minutos)"));
         Side s{};
         s.period = &frame.add(parts.make<TextBox>(periodKey, "5"));

@@ -1,8 +1,9 @@
 #!/usr/bin/env bash
 # Makes the Debian package from this build tree, unpacks it into a fresh root
 # and runs the installed program from there: it must start headless, find the
-# voice installed with it, and speak the time on the hour. Also checks that the
-# package carries what an operator's system expects of it.
+# voice and the courtesy tones installed with it, speak the time on the hour
+# and play a tone after an over. Also checks that the package carries what an
+# operator's system expects of it.
 set -euo pipefail
 build=$1
 source_dir=$2
@@ -23,6 +24,7 @@ done
 
 files=$(dpkg-deb -c "$deb" | awk '{print $6}')
 for want in ./usr/bin/marrowvane ./usr/share/marrowvane/voice/TheTimeIs.wav \
+            ./usr/share/marrowvane/tones/RF.wav ./usr/share/marrowvane/tones/IP.wav \
             ./usr/share/applications/marrowvane.desktop \
             ./usr/share/icons/hicolor/scalable/apps/marrowvane.svg \
             ./usr/share/icons/hicolor/256x256/apps/marrowvane.png \
@@ -40,7 +42,10 @@ prog=$root/usr/bin/marrowvane
 
 cat > "$work/hour.scn" <<'SCN'
 start 2026-11-23 13:59:58
-14:00:05 end
+14:00:08 set courtesy.OPTION2 True
+14:00:09 rx on
+14:00:10 rx off
+14:00:12 end
 SCN
 QT_QPA_PLATFORM=offscreen "$prog" --headless --scenario "$work/hour.scn" --log "$work/run.jsonl" \
   --settings-dir "$work/settings" || fail "the installed program did not run the scenario"
@@ -48,6 +53,8 @@ voice="$root/usr/share/marrowvane/voice/"
 grep -q "\"op\":\"run\",\"path\":\"${voice}TheTimeIs.wav\"" "$work/run.jsonl" \
   || fail "the installed program did not speak the time from its installed voice"
 grep -q '"call":"SetPTT","args":\[true\]' "$work/run.jsonl" || fail "the announcement was not keyed"
+grep -q "\"op\":\"run\",\"path\":\"$root/usr/share/marrowvane/tones/IP.wav\"" "$work/run.jsonl" \
+  || fail "the installed program did not play its installed courtesy tone"
 last=$(grep '"call":"SetPTT"' "$work/run.jsonl" | tail -n 1)
 grep -q '\[false\]' <<<"$last" || fail "the run ended with the transmitter keyed"
 
