@@ -6,11 +6,11 @@
 #include "core/module_surfaces.h"
 #include "core/number_text.h"
 #include "core/program.h"
+#include "courtesy/presence_countdown.h"
 
 namespace mv {
 
 using namespace courtesy;
-using Step = PeriodCountdownOptions::Step;
 
 namespace {
 constexpr long long kLongestPeriodMs = 65535;
@@ -46,34 +46,17 @@ void LongTransmissionMessage::build(WindowParts parts, Container& area, const Ch
     sides.add(parts.make<Label>("lblRFCounter", "RF"));
     Label& rfSeconds = sides.add(parts.make<Label>("RFCounter", "0"));
 
-    // The seconds form of the countdown: it counts while its side holds the
-    // channel and its box is ticked, and stands at the full period while the
-    // side is quiet. Both counters share the one period field; each wires the
-    // same edit rule to it (an emptied or zero period becomes "1").
-    auto options = [](const char* timerName, std::function<Step()> step) {
-        PeriodCountdownOptions o;
-        o.timerName = timerName;
-        o.secondsPerUnit = 1;
-        o.emptiedPeriod = "1";
-        o.editStartsOrStopsTick = false;
-        o.onEdit = PeriodCountdownOptions::OnEdit::Keep;
-        o.zeroPeriodBecomesOneAtTick = true;
-        o.step = std::move(step);
-        return o;
-    };
-    auto stepFor = [](std::function<bool()> present, CheckBox& counts) {
-        return [present, &counts] {
-            if (!present()) return Step::Reset;
-            return counts.value() != 0 ? Step::Count : Step::Hold;
-        };
-    };
+    // The seconds form. Both counters share the one period field; each wires
+    // the same edit rule to it.
     m_internetCounter = std::make_unique<PeriodCountdown>(
-        parts, period, internetSeconds, nullptr,
-        options("Timer4", stepFor([this] { return m_presence->internetPresent(); }, *m_countInternet)),
+        parts, period, internetSeconds, nullptr, presenceCountdownOptions("Timer4", 1, [this] {
+            return presenceStep(m_presence->internetPresent(), *m_countInternet);
+        }),
         [this] { m_internetPending = true; });
     m_rfCounter = std::make_unique<PeriodCountdown>(
-        parts, period, rfSeconds, nullptr,
-        options("Timer6", stepFor([this] { return m_presence->rfUserPresent(); }, *m_countRf)),
+        parts, period, rfSeconds, nullptr, presenceCountdownOptions("Timer6", 1, [this] {
+            return presenceStep(m_presence->rfUserPresent(), *m_countRf);
+        }),
         [this] { m_rfPending = true; });
     m_internetSender = &parts.makeTimer("Timer7", 1000, true, [this] { sendChat(); });
     m_rfSender = &parts.makeTimer("Timer8", 1000, true, [this] { speak(); });

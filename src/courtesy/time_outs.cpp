@@ -1,6 +1,7 @@
 #include "courtesy/time_outs.h"
 
 #include "core/errors.h"
+#include "courtesy/presence_countdown.h"
 
 namespace mv {
 
@@ -48,30 +49,22 @@ void TimeOuts::build(WindowParts parts, Container& indicatorRow, Container& area
     m_internetCounts = ip.counts;
     m_internetDisconnects = ip.disconnects;
 
-    // The minute form of the countdown with a step of its own: it counts while
-    // its side holds the channel, holds while its box is clear, and stands at
-    // the full period while its side is quiet. Editing the period only puts an
-    // emptied or zero field back to "1"; the count takes the new period when
-    // next it restarts. Each tick runs on its own, in turn with the other
-    // side's, so the two never pause each other at once.
-    auto options = [](const char* timerName, std::function<Step()> step) {
-        PeriodCountdownOptions o;
-        o.timerName = timerName;
-        o.secondsPerUnit = 60;
-        o.emptiedPeriod = "1";
-        o.editStartsOrStopsTick = false;
-        o.onEdit = PeriodCountdownOptions::OnEdit::Keep;
-        o.zeroPeriodBecomesOneAtTick = true;
+    // The minute form, each side holding the other's countdown while it holds
+    // the channel. Each tick runs on its own, in turn with the other side's,
+    // so the two never pause each other at once.
+    auto options = [](const char* timerName, std::function<Step()> rule) {
+        PeriodCountdownOptions o = presenceCountdownOptions(timerName, 60, std::move(rule));
         o.letPendingEventsRunFirst = false;
-        o.step = std::move(step);
         return o;
     };
-    m_rf = std::make_unique<PeriodCountdown>(parts, *rf.period, *rf.seconds, nullptr,
-                                             options("TimeOutTimer", [this] { return rfStep(); }),
-                                             [this] { rfTimeOut(); });
-    m_internet = std::make_unique<PeriodCountdown>(parts, *ip.period, *ip.seconds, nullptr,
-                                                   options("Timer9", [this] { return internetStep(); }),
-                                                   [this] { internetTimeOut(); });
+    m_rf = std::make_unique<PeriodCountdown>(
+        parts, *rf.period, *rf.seconds, nullptr,
+        options("TimeOutTimer", [this] { return step(m_presence->rfUserPresent(), *m_rfCounts, *m_internet); }),
+        [this] { rfTimeOut(); });
+    m_internet = std::make_unique<PeriodCountdown>(
+        parts, *ip.period, *ip.seconds, nullptr,
+        options("Timer9", [this] { return step(m_presence->internetPresent(), *m_internetCounts, *m_rf); }),
+        [this] { internetTimeOut(); });
     m_quietWatch = &parts.makeTimer("Timer10", 1, false, [this] { quietTick(); });
 }
 
@@ -81,22 +74,11 @@ void TimeOuts::release() {
     m_quietWatch = nullptr;
 }
 
-Step TimeOuts::rfStep() {
-    if (m_presence->rfUserPresent()) {
-        m_internet->tickSource().setEnabled(false);
-        return m_rfCounts->value() != 0 ? Step::Count : Step::Hold;
-    }
-    m_internet->tickSource().setEnabled(true);
-    return Step::Reset;
-}
-
-Step TimeOuts::internetStep() {
-    if (m_presence->internetPresent()) {
-        m_rf->tickSource().setEnabled(false);
-        return m_internetCounts->value() != 0 ? Step::Count : Step::Hold;
-    }
-    m_rf->tickSource().setEnabled(true);
-    return Step::Reset;
+Step TimeOuts::step(bool present, const CheckBox& counts, PeriodCountdown& other) {
+    // The other side pauses while this one holds the channel and runs again
+    // once it is quiet.
+    other.tickSource().setEnabled(!present);
+    return presenceStep(present, counts);
 }
 
 // A host action or disconnect that fails is logged by the call itself; the

@@ -30,8 +30,8 @@ public:
     Timer& quietWatch() { return *m_quietWatch; }
 
 private:
-    PeriodCountdownOptions::Step rfStep();
-    PeriodCountdownOptions::Step internetStep();
+    // One tick's step of a side's countdown, pausing or freeing the other's.
+    PeriodCountdownOptions::Step step(bool present, const CheckBox& counts, PeriodCountdown& other);
     void rfTimeOut();
     void internetTimeOut();
     void quietTick();
