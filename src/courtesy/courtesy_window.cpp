@@ -216,11 +216,10 @@ void CourtesyWindow::onClosing() {
 }
 
 Window::CloseDecision CourtesyWindow::onQueryClose() {
-    // The close box ends the whole program at once, unsaved; nothing this
-    // window keyed may stay keyed after it.
+    // The close box ends the whole program at once, unsaved. The tone stops
+    // here; the program's end releases the transmitter.
     m_engine.player().stop();
     m_engine.player().cleanUp();
-    ignoreErrors([this] { host().setPTT(false); });
     program().end("courtesy window closed");
 }
 
