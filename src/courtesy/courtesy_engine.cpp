@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "core/dialogs.h"
+#include "core/dtmf_code.h"
 #include "core/errors.h"
 #include "core/event_log.h"
 #include "core/program.h"
@@ -173,11 +174,13 @@ void CourtesyEngine::sendInternetCourtesy() {
 void CourtesyEngine::sendLetter(const TextBox& letter) { m_window.host().sendCW(0, letter.text()); }
 
 void CourtesyEngine::dtmfSwitch(const std::string& digits) {
-    // Whole-string, case-sensitive matches; a code left empty is switched off,
-    // so an empty string from the host never flips the courtesy.
-    auto matches = [&](const TextBox& code) { return !code.text().empty() && digits == code.text(); };
-    if (matches(*m_openCode)) m_enabled->setValue(1);
-    if (matches(*m_closeCode)) m_enabled->setValue(0);
+    auto matches = [&](const TextBox& code, const char* function) {
+        if (!dtmfCodeMatches(digits, code.text())) return false;
+        m_window.program().log().dtmfCommand(m_window.name(), code.text(), function);
+        return true;
+    };
+    if (matches(*m_openCode, "Cortesia Abrir")) m_enabled->setValue(1);
+    if (matches(*m_closeCode, "Cortesia Cerrar")) m_enabled->setValue(0);
 }
 
 void CourtesyEngine::playTone(int selector, Caller caller) {
