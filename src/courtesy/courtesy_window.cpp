@@ -121,10 +121,7 @@ void CourtesyWindow::bindSettings() {
     text("BEACONPERIOD2", "5");
     text("BEACONPERIOD3", "5");
     for (int i = 2; i <= 7; ++i) check("CHECK" + std::to_string(i));
-    m_binder.bindPosition(
-        "LEFT", [this] { return leftTwips(); }, [this](float v) { move(v, topTwips()); }, "300");
-    m_binder.bindPosition(
-        "TOP", [this] { return topTwips(); }, [this](float v) { move(leftTwips(), v); }, "300");
+    bindWindowPosition(m_binder, "300");
 }
 
 void CourtesyWindow::onLoad() {
