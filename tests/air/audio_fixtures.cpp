@@ -90,8 +90,9 @@ void writeMp2(const std::string& path, int frames) {
     writeBytes(path, out);
 }
 
-void writeMidi(const std::string& path, double seconds) {
-    // 480 ticks a quarter note at 120 bpm: 960 ticks a second.
+namespace {
+// A MIDI delta time: 480 ticks a quarter note at 120 bpm is 960 ticks a second.
+std::vector<uint8_t> midiDelta(double seconds) {
     const uint32_t ticks = static_cast<uint32_t>(std::lround(seconds * 960));
     std::vector<uint8_t> delta;
     for (uint32_t v = ticks, first = 1;; first = 0) {
@@ -99,11 +100,20 @@ void writeMidi(const std::string& path, double seconds) {
         v >>= 7;
         if (!v) break;
     }
+    return delta;
+}
+}  // namespace
+
+void writeMidi(const std::string& path, double seconds, double silenceAfter) {
     std::vector<uint8_t> track = {0x00, 0xFF, 0x51, 0x03, 0x07, 0xA1, 0x20,  // tempo 500000 us a quarter
                                   0x00, 0xC0, 0x00,                          // piano
                                   0x00, 0x90, 0x45, 0x64};                   // A4 on
-    track.insert(track.end(), delta.begin(), delta.end());
-    track.insert(track.end(), {0x80, 0x45, 0x40, 0x00, 0xFF, 0x2F, 0x00});  // off, end of track
+    const auto held = midiDelta(seconds);
+    track.insert(track.end(), held.begin(), held.end());
+    track.insert(track.end(), {0x80, 0x45, 0x40});  // off
+    const auto rest = midiDelta(silenceAfter);
+    track.insert(track.end(), rest.begin(), rest.end());
+    track.insert(track.end(), {0xFF, 0x2F, 0x00});  // end of track
     std::vector<uint8_t> file = {'M', 'T', 'h', 'd', 0, 0, 0, 6, 0, 0, 0, 1, 0x01, 0xE0, 'M', 'T', 'r', 'k'};
     const uint32_t n = static_cast<uint32_t>(track.size());
     file.insert(file.end(), {uint8_t(n >> 24), uint8_t(n >> 16), uint8_t(n >> 8), uint8_t(n)});

@@ -30,7 +30,8 @@ void writeMp3(const std::string& path, double seconds);
 // layer, so the frames are assembled by hand. Length: frames * 1152 samples.
 void writeMp2(const std::string& path, int frames);
 // One note held `seconds`, then the end of the track.
-void writeMidi(const std::string& path, double seconds);
+// One note held for `seconds`, then `silenceAfter` seconds before the track ends.
+void writeMidi(const std::string& path, double seconds, double silenceAfter = 0);
 // One short file of each format the suite plays, with its expected length
 // and how closely its decoder keeps to it.
 struct FormatSample {

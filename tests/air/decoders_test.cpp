@@ -57,6 +57,21 @@ TEST(Decoders, FilesThatAreNotPlayableSoundAreRefused) {
     }
 }
 
+// A damaged MIDI file whose track ends hours after its last note would have
+// the node render dead air for minutes; a minute of silence is refused.
+TEST(Decoders, AMidiFileSilentForOverAMinuteIsRefused) {
+    ScratchDir dir;
+    test::writeMidi(dir.file("pause.mid"), 0.2, 20);
+    EXPECT_GT(decodeAudioFile(dir.file("pause.mid"))->seconds(), 20.0) << "a short rest is part of the tune";
+    test::writeMidi(dir.file("dead-air.mid"), 0.2, 3 * 3600);
+    try {
+        decodeAudioFile(dir.file("dead-air.mid"));
+        FAIL() << "three hours of silence decoded";
+    } catch (const MediaError& e) {
+        EXPECT_NE(std::string(e.what()).find("silent"), std::string::npos) << e.what();
+    }
+}
+
 // A few hundred broken files of every kind go through the decoders: each one
 // either decodes to finite, bounded sound or is refused with a MediaError.
 TEST(Decoders, GeneratedCorruptFilesNeverCrash) {

@@ -18,8 +18,15 @@ namespace mv {
 namespace {
 
 constexpr int kMidiRate = 48000;
-// A MIDI file that has not ended after this long is treated as broken.
-constexpr int64_t kMaxMidiFrames = int64_t{kMidiRate} * 60 * 30;
+// A MIDI file that has not ended after this long is treated as broken: ten
+// minutes is far beyond any tune a node sends; a damaged file whose track
+// never ends stops here instead of holding the node up.
+constexpr int64_t kMaxMidiFrames = int64_t{kMidiRate} * 60 * 10;
+// A damaged MIDI file can hold one event hours after the last note; rendering
+// all that silence would hold the node up for minutes only to key the
+// transmitter on dead air. A minute without a sound is refused instead.
+constexpr int64_t kMaxMidiSilentFrames = int64_t{kMidiRate} * 60;
+constexpr float kSilentLevel = 1.0f / 32768.0f;
 
 [[noreturn]] void fail(const std::string& path, const std::string& why) {
     throw MediaError("cannot render \"" + path + "\": " + why);
@@ -127,7 +134,6 @@ PcmPtr decodeMidi(const std::string& path) {
     pcm->sampleRate = kMidiRate;
     pcm->channels = 2;
     constexpr int kBlock = 64;
-    float left[kBlock], right[kBlock];
     // The sound lasts exactly as long as the file's tracks do; the player
     // itself would go on until the last note's release has died away.
     auto tracksRunning = [player] {
@@ -135,13 +141,17 @@ PcmPtr decodeMidi(const std::string& path) {
         const int total = fluid_player_get_total_ticks(player);
         return total <= 0 || fluid_player_get_current_tick(player) < total;
     };
+    int64_t silentFrames = 0;
     while (tracksRunning()) {
-        if (fluid_synth_write_float(synth, kBlock, left, 0, 1, right, 0, 1) != FLUID_OK) fail(path, "synthesis failed");
-        for (int i = 0; i < kBlock; ++i) {
-            pcm->samples.push_back(left[i]);
-            pcm->samples.push_back(right[i]);
-        }
-        if (pcm->frames() > kMaxMidiFrames) fail(path, "the MIDI file does not end");
+        const size_t at = pcm->samples.size();
+        pcm->samples.resize(at + 2 * kBlock);
+        float* out = pcm->samples.data() + at;
+        if (fluid_synth_write_float(synth, kBlock, out, 0, 2, out, 1, 2) != FLUID_OK) fail(path, "synthesis failed");
+        float loudest = 0.0f;
+        for (int i = 0; i < 2 * kBlock; ++i) loudest = std::max(loudest, std::fabs(out[i]));
+        silentFrames = loudest < kSilentLevel ? silentFrames + kBlock : 0;
+        if (pcm->frames() > kMaxMidiFrames) fail(path, "the MIDI file plays for over ten minutes");
+        if (silentFrames > kMaxMidiSilentFrames) fail(path, "the MIDI file is silent for over a minute");
     }
     // Notes still sounding at the end are faded over 10 ms instead of clicking off.
     const int64_t fade = std::min<int64_t>(pcm->frames(), kMidiRate / 100);
