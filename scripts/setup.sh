@@ -15,6 +15,7 @@ PACKAGES=(
   libgtest-dev libgmock-dev googletest libbenchmark-dev
   xvfb xauth sox
   lintian
+  clang-14 libclang-rt-14-dev
 )
 
 missing=()
