@@ -70,10 +70,14 @@ int main(int argc, char** argv) {
             return 1;
         }
     }
-    suite.host().stationConnects("EA4XYZ-L", "Juan", "Madrid");
+    suite.host().stationConnects("EA4XYZ-L", "Juan", "203.0.113.12");
     suite.host().stationConnects("K1ABC", "Ann", "192.0.2.44");
     suite.host().stationConnects("LU7DW-R", "Repetidora La Plata", "198.51.100.17");
+    // A filter word, and a message it keeps out of the log.
+    if (mv::Window* messages = suite.program().window("messages"); messages && messages->isLoaded())
+        messages->controlAs<mv::TextBox>("FILTERTEXT1")->setText("tonto");
     suite.host().receiveChat("EA4XYZ-L>buenos dias a todos desde Madrid");
+    suite.host().receiveChat("K1ABC>no seas tonto");
     suite.host().receiveChat("K1ABC>good morning Juan, 59 here in Boston");
     suite.host().receiveChat("LU7DW-R>que /ver/ usas?");
     runFor(300);
