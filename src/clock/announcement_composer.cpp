@@ -133,8 +133,10 @@ void AnnouncementComposer::pollSequence() {
     if (m_nextStep == 4) play(4, startValue());
 }
 
+bool AnnouncementComposer::holdsTheAir() const { return m_sequenceActive && m_ctx.pollEnabled(); }
+
 void AnnouncementComposer::checkRelease() {
-    if (m_ctx.player.fileEnded() && !m_sequenceActive) m_ctx.player.keyOff();
+    if (m_ctx.player.fileEnded() && !holdsTheAir()) m_ctx.player.keyOff();
 }
 
 }  // namespace mv

@@ -32,6 +32,7 @@ struct ComposerContext {
     OptionButton& wav;      // OPTIONWAV: files in use are .wav
     std::function<int()> currentHour;
     std::function<void(bool)> setPollEnabled;
+    std::function<bool()> pollEnabled;
     // The voice files could not be played: fall back to voice 1 and tell the operator.
     std::function<void(const std::string& path, const std::string& error)> voiceFilesMissing;
 };
@@ -51,6 +52,11 @@ public:
     void pollSequence();
     // The 1000 ms release check: unkeys once the last file has ended.
     void checkRelease();
+    // Whether an announcement still holds the transmitter between its files:
+    // only while its poll is running can another file follow. A file played
+    // with the poll off (the strip's "Play") is the last one, whatever Step
+    // it came from, so its end releases the transmitter.
+    bool holdsTheAir() const;
     // Volume and rate from the sliders onto the current graph (errors ignored).
     void applySliders();
 

@@ -51,6 +51,7 @@ void ClockWindow::build() {
         [this](bool on) {
             if (m_poll) m_poll->setEnabled(on);
         },
+        [this] { return m_poll && m_poll->enabled(); },
         [this](const std::string& path, const std::string&) { voiceFilesMissing(path); },
     });
     m_sayTheTime->onClick = [this] { sayTheTime(); };

@@ -61,6 +61,33 @@ TEST_F(ClockTest, OnTheHourTheWholeAnnouncementGoesOutKeyedAndIsReleasedAfter) {
     EXPECT_LE(keyedTo - sound.back().endMs, 1000.0) << "released within a second of the last word";
 }
 
+TEST_F(ClockTest, PlayAfterAnAnnouncementPlaysOneFileAndReleasesAfterIt) {
+    // "Play" loads the file Step names without the sequence poll: after an
+    // announcement that is the bell, the one file that plays. Its end must
+    // release the transmitter like any other last file.
+    start({2026, 11, 22, 14, 0, 5, 0}, true);
+    runTo(14, 0, 10);
+    operate([&] { static_cast<Button*>(clock->findByCaption("Say The Time"))->click(); });
+    runTo(14, 0, 25);
+    logText.str("");
+    operate([&] { static_cast<Button*>(clock->findByCaption("Play"))->click(); });
+    EXPECT_TRUE(suite->host().pttKeyed());
+    runTo(14, 1, 55);
+    EXPECT_EQ(spoken(), std::vector<std::string>{"DingDong"});
+    EXPECT_FALSE(suite->host().pttKeyed());
+    EXPECT_EQ(clock->controlAs<Label>("PTT")->caption(), "PTT OFF");
+    suite->air().stopRecording();
+    const AirRecording air = AirRecording::load((dir.path() / "air.wav").string());
+    EXPECT_LT(air.peakWhileUnkeyed(), 1e-4f);
+    const auto keyed = air.keyedSpans();
+    const auto sound = air.soundSpans();
+    ASSERT_EQ(keyed.size(), 2u) << "the announcement, then the Play";
+    ASSERT_FALSE(sound.empty());
+    EXPECT_LE(keyed[1].startMs, sound.back().startMs);
+    EXPECT_GE(keyed[1].endMs, sound.back().endMs);
+    EXPECT_LE(keyed[1].endMs - sound.back().endMs, 1000.0) << "released within a second of the bell's end";
+}
+
 double fileMs(const std::string& path) {
     SF_INFO info{};
     SNDFILE* f = sf_open(path.c_str(), SFM_READ, &info);
