@@ -16,8 +16,14 @@
 
 namespace mv {
 
-int runGui(int argc, char** argv, const HeadlessOptions& options) {
-    QApplication app(argc, argv);
+int runGui(const std::vector<std::string>& qtArguments, const HeadlessOptions& options) {
+    // Qt keeps argc and argv for the application's lifetime.
+    std::vector<std::string> storage = qtArguments;
+    std::vector<char*> argv;
+    for (std::string& a : storage) argv.push_back(a.data());
+    argv.push_back(nullptr);
+    int argc = static_cast<int>(storage.size());
+    QApplication app(argc, argv.data());
     // Only the engine ends the program (quit prompts, host closing).
     QApplication::setQuitOnLastWindowClosed(false);
 
@@ -44,6 +50,12 @@ int runGui(int argc, char** argv, const HeadlessOptions& options) {
             return 1;
         }
     }
+    // Taken before the start-up, so a stop asked for while the windows load
+    // still ends the run in order once the event loop runs.
+    StopSignals stopSignals(suite.program(), [&logFile, &suite] {
+        if (!logFile.path().empty() && !logFile.reopen())
+            suite.log().error("", "cannot reopen the log file " + logFile.path() + "; still writing to the old one");
+    });
     GuiSession session(suite);
     std::string message;
     const Program::StartResult started = session.start(&guard, message);
@@ -59,10 +71,6 @@ int runGui(int argc, char** argv, const HeadlessOptions& options) {
         suite.program().shutdown("the hub could not start: " + message);
         return 1;
     }
-    StopSignals stopSignals(suite.program(), [&logFile, &suite] {
-        if (!logFile.path().empty() && !logFile.reopen())
-            suite.log().error("", "cannot reopen the log file " + logFile.path() + "; still writing to the old one");
-    });
     const EndOnTerminate lastChance(suite.program());
     // However the event loop comes to quit (the desktop session ending it,
     // say), the program ends its own way first; once ended, this is a no-op.
