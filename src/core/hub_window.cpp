@@ -114,9 +114,12 @@ void HubWindow::buildHubButtons(Container& row) {
         const std::string name = target;
         b.onClick = [this, name] { showModule(name); };
         m_moduleButtons.push_back({&b, name});
+        if (name == "idents") b.setToolTip("Muestra la ventana de indicativo y avisos; oculta, sigue funcionando");
+        if (name == "dtmf") b.setToolTip("Muestra la ventana de control DTMF; oculta, sigue funcionando");
     }
     Button& save = row.add(make<Button>("btnSave", "Guardar"));
     save.onClick = [this] { saveData(); };
+    setSaveButton(save);
     Button& saveExit = row.add(make<Button>("btnSaveExit", ">>>>>>>>  Guardar y Salir  <<<<<<<<"));
     saveExit.onClick = [this] {
         saveData();
@@ -245,7 +248,8 @@ void HubWindow::buildFilesTab(Container& page) {
                               {"TEXT8", "OPTION20", "OPTION19"}};
     for (int v = 0; v < 5; ++v) {
         const std::string n = std::to_string(v + 1);
-        auto& frame = all.add(make<Container>("frameVoice" + n, ContainerKind::Frame, "Voice " + n));
+        // One line a voice: folder, file type, "Default".
+        auto& frame = all.add(make<Container>("frameVoice" + n, ContainerKind::Frame, "Voice " + n, 4));
         relabelledBy("TEXT" + std::to_string(16 + v), frame);
         auto& folder = frame.add(make<TextBox>(keys[v].folder, v == 0 ? program().defaultVoiceFolder() : ""));
         OptionGroup& type = makeGroup();

@@ -43,14 +43,18 @@ PlayerStrip::~PlayerStrip() = default;
 
 void PlayerStrip::build(WindowParts parts, Container& area, PlayerStripOptions options) {
     m_options = std::move(options);
-    buildSliders(parts, area);
-    buildProgress(parts, area);
+    // Side by side, so the strip costs the window little height: the
+    // horizontal sliders, the vertical speed slider, then the progress.
+    auto& row = area.add(parts.make<Container>("stripRow", ContainerKind::Row));
+    auto& sliders = row.add(parts.make<Container>("stripSliders", ContainerKind::Column));
+    buildSliders(parts, sliders, row);
+    buildProgress(parts, row.add(parts.make<Container>("stripProgress", ContainerKind::Column)));
     m_displayTimer = &parts.makeTimer("ProgressDisplay", 10, false, [this] { displayTick(); });
     if (m_options.releaseCheck) m_releaseTimer = &parts.makeTimer("EndOfPlay", 1000, true, [this] { checkRelease(); });
     m_airStop = m_window.program().addAirStop(m_window.name(), [this] { silence(); });
 }
 
-void PlayerStrip::buildSliders(WindowParts& parts, Container& area) {
+void PlayerStrip::buildSliders(WindowParts& parts, Container& area, Container& speedArea) {
     m_position = &area.add(parts.make<Slider>("PositionSlider", 0, 0, 0));
     m_position->onChange = [this] {
         if (!m_movingPosition) seek(m_position->value());
@@ -84,7 +88,7 @@ void PlayerStrip::buildSliders(WindowParts& parts, Container& area) {
         if (m_graph) ignoreErrors([this] { m_graph->setBalance(m_balance->value()); });
     };
 
-    auto& speedFrame = area.add(parts.make<Container>("frameSpeed", ContainerKind::Frame, "Speed"));
+    auto& speedFrame = speedArea.add(parts.make<Container>("frameSpeed", ContainerKind::Frame, "Speed"));
     m_speed = &speedFrame.add(parts.make<Slider>("SpeedSlider", 10, 200, 100, Orientation::Vertical));
     m_speed->setSteps(3, 40);
     m_speed->scaleLabels = {"200%", "100%", "<50%"};

@@ -120,7 +120,7 @@ public:
     TextBox& timeLeftField() { return *m_timeLeft; }
 
 private:
-    void buildSliders(WindowParts& parts, Container& area);
+    void buildSliders(WindowParts& parts, Container& area, Container& speedArea);
     void buildProgress(WindowParts& parts, Container& area);
     void logMedia(const char* op);
     // The 10 ms display runs only while something can move the position, so

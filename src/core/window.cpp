@@ -154,6 +154,7 @@ void Window::destroyContents() {
     m_timers.clear();
     m_host.reset();
     m_root = nullptr;
+    m_saveButton = nullptr;
     m_byName.clear();
     m_controls.clear();
     m_groups.clear();

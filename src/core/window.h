@@ -69,6 +69,10 @@ public:
     const std::string& statusText() const { return m_status; }
     void setStatusText(const std::string& text);
 
+    // The button that saves this window's settings, if it has one; the
+    // desktop puts it on Ctrl+S.
+    Button* saveButton() const { return m_saveButton; }
+
     float leftTwips() const { return m_left; }
     float topTwips() const { return m_top; }
     void move(float leftTwips, float topTwips);
@@ -130,6 +134,8 @@ protected:
     bool saveSettings(const SettingsBinder& binder);
     // Binds the window's place on the screen, "LEFT" then "TOP", in twips.
     void bindWindowPosition(SettingsBinder& binder, const std::string& defaultTwips);
+    // Names the window's save button (built in build(); forgotten at unload).
+    void setSaveButton(Button& button) { m_saveButton = &button; }
 
     Scheduler& scheduler();
     SettingsStore& settings();
@@ -150,6 +156,7 @@ private:
     bool m_loaded = false;
     bool m_visible = false;
     Container* m_root = nullptr;
+    Button* m_saveButton = nullptr;
     std::vector<std::unique_ptr<Control>> m_controls;
     std::unordered_map<std::string, Control*> m_byName;
     std::vector<std::unique_ptr<OptionGroup>> m_groups;

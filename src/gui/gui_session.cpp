@@ -1,6 +1,10 @@
 #include "gui/gui_session.h"
 
-#include <QCoreApplication>
+#include <QAction>
+#include <QApplication>
+#include <QIcon>
+#include <QMenuBar>
+#include <QScreen>
 
 #include "app/suite.h"
 #include "core/errors.h"
@@ -8,13 +12,28 @@
 #include "gui/qt_dialogs.h"
 #include "gui/qt_shell.h"
 #include "gui/realtime_pump.h"
+#include "gui/screen_fit.h"
 #include "gui/window_shell.h"
 
 namespace mv {
+namespace {
+
+// Between the hub and the console beside it.
+constexpr int kConsoleGap = 12;
+
+}  // namespace
+
+QIcon suiteIcon() {
+    QIcon icon(QStringLiteral(":/marrowvane/marrowvane.png"));
+    // Scalable too, where the desktop can draw SVG.
+    icon.addFile(QStringLiteral(":/marrowvane/marrowvane.svg"));
+    return icon;
+}
 
 GuiSession::GuiSession(Suite& suite) : m_suite(suite) {
     Scheduler& scheduler = suite.scheduler();
     Program& program = suite.program();
+    if (QApplication::windowIcon().isNull()) QApplication::setWindowIcon(suiteIcon());
     m_pump = std::make_unique<RealTimePump>(scheduler);
     // Operator actions queue behind whatever is already due, like a click would.
     m_shell = std::make_unique<WindowShell>(program, [&scheduler](std::function<void()> action) {
@@ -30,11 +49,24 @@ GuiSession::GuiSession(Suite& suite) : m_suite(suite) {
     m_desktop = std::make_unique<QtShell>(suite.log());
     suite.shell().setTarget(*m_desktop);
     m_console = std::make_unique<HostConsole>(suite.host(), scheduler, suite.log());
+
+    // The console is the suite's own window, not a module: the hub's menu
+    // (and its shortcut, from any of the suite's windows) brings it back.
+    m_showConsole = std::make_unique<QAction>(QStringLiteral("Consola del host"));
+    m_showConsole->setShortcut(QKeySequence(QStringLiteral("Ctrl+Shift+H")));
+    m_showConsole->setShortcutContext(Qt::ApplicationShortcut);
+    m_showConsole->setToolTip(QStringLiteral("Muestra el panel del nodo simulado (portadora, DTMF, estaciones, chat)"));
+    QObject::connect(m_showConsole.get(), &QAction::triggered, [this] { showConsole(); });
+    m_shell->setOnMade([this](ModuleWindow& made) {
+        if (made.window().name() != "hub") return;
+        auto* bar = new QMenuBar(&made);
+        QMenu* view = bar->addMenu(QStringLiteral("&Ver"));
+        view->setToolTipsVisible(true);
+        view->addAction(m_showConsole.get());
+        made.setMenuBar(bar);
+    });
     m_shell->setOnFirstShown([this](ModuleWindow& shown) {
-        if (shown.window().name() != "hub" || m_console->isVisible()) return;
-        const QRect hub = shown.frameGeometry();
-        m_console->move(hub.right() + 12, hub.top());
-        m_console->show();
+        if (shown.window().name() == "hub" && !m_console->isVisible()) showConsole();
     });
     program.setOnEnded([] { QCoreApplication::exit(0); });
 }
@@ -45,9 +77,34 @@ GuiSession::~GuiSession() {
     m_suite.shell().setTarget(m_suite.loggingShell());
     m_console.reset();
     m_shell.reset();
+    m_showConsole.reset();
     m_dialogs.reset();
     m_desktop.reset();
     m_pump.reset();
+}
+
+void GuiSession::showConsole() {
+    HostConsole& console = *m_console;
+    if (!console.isVisible()) {
+        const ModuleWindow* hub = m_shell->windowFor("hub");
+        const QMargins margins = frameMarginsOf(console);
+        QRect place;
+        if (hub && hub->isVisible()) {
+            // Beside the hub, on the hub's screen, as near its full size as the room allows.
+            const QRect available = hub->screen()->availableGeometry();
+            place = besideOnScreen(console.sizeHint().grownBy(margins), console.minimumSizeHint().grownBy(margins),
+                                   hub->frameGeometry(), available, kConsoleGap);
+        } else {
+            // Where it was last, still on a screen.
+            const QRect last(console.pos(), console.size().grownBy(margins));
+            place = fitInside(last, screenAtOrPrimary(last.center())->availableGeometry());
+        }
+        console.resize(place.size().shrunkBy(margins));
+        console.move(place.topLeft());
+        console.show();
+    }
+    console.raise();
+    console.activateWindow();
 }
 
 Program::StartResult GuiSession::start(InstanceGuard* guard, std::string& message) {

@@ -7,6 +7,9 @@
 
 #include "core/program.h"
 
+class QAction;
+class QIcon;
+
 namespace mv {
 
 class Suite;
@@ -26,6 +29,12 @@ public:
     // Starts the program at the hub (the console opens beside it) and arms the pump.
     Program::StartResult start(InstanceGuard* guard, std::string& message);
 
+    // Shows the host console: beside the hub the first time (on the hub's
+    // screen, wholly on it), where the operator left it afterwards.
+    void showConsole();
+    // The hub's menu entry that reopens the console (Ctrl+Shift+H).
+    QAction& showConsoleAction() { return *m_showConsole; }
+
     RealTimePump& pump() { return *m_pump; }
     WindowShell& shell() { return *m_shell; }
     HostConsole& console() { return *m_console; }
@@ -38,6 +47,10 @@ private:
     std::unique_ptr<QtShell> m_desktop;
     std::unique_ptr<WindowShell> m_shell;
     std::unique_ptr<HostConsole> m_console;
+    std::unique_ptr<QAction> m_showConsole;
 };
+
+// The suite's icon, for every window it opens.
+QIcon suiteIcon();
 
 }  // namespace mv

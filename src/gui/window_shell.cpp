@@ -2,26 +2,61 @@
 
 #include <QCloseEvent>
 #include <QLabel>
-#include <QLayout>
+#include <QMenuBar>
 #include <QMoveEvent>
-#include <cmath>
+#include <QScreen>
+#include <QScrollArea>
+#include <QScrollBar>
+#include <QShortcut>
+#include <QStyle>
+#include <QVBoxLayout>
+
+#include "gui/screen_fit.h"
 
 namespace mv {
-namespace {
-int toPixels(float twips) { return static_cast<int>(std::lround(twips / kTwipsPerPixel)); }
-}  // namespace
 
 ModuleWindow::ModuleWindow(Window& window, WindowView::Post post)
     : QWidget(nullptr, Qt::Window), m_window(window), m_post(post) {
     setObjectName(QString::fromStdString(window.name()));
     setWindowTitle(QString::fromStdString(window.caption()));
-    m_view = std::make_unique<WindowView>(window, *this, std::move(post));
+    auto* layout = new QVBoxLayout(this);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setSpacing(0);
+    m_scroll = new QScrollArea(this);
+    m_scroll->setFrameShape(QFrame::NoFrame);
+    m_scroll->setWidgetResizable(true);
+    m_content = new QWidget;
+    m_view = std::make_unique<WindowView>(window, *m_content, std::move(post));
+    m_scroll->setWidget(m_content);
+    layout->addWidget(m_scroll, 1);
     m_status = new QLabel(this);
     m_status->setObjectName(QStringLiteral("statusLine"));
     m_status->setTextFormat(Qt::PlainText);
-    layout()->addWidget(m_status);
+    // A long reason wraps rather than widening the window.
+    m_status->setWordWrap(true);
+    m_status->setContentsMargins(6, 2, 6, 4);
+    layout->addWidget(m_status);
     showStatus();
+
+    auto* save = new QShortcut(QKeySequence::Save, this);
+    connect(save, &QShortcut::activated, this, [this] { saveShortcut(); });
     placeFromEngine();
+}
+
+void ModuleWindow::saveShortcut() {
+    std::weak_ptr<bool> alive = m_alive;
+    Window* window = &m_window;
+    // The button is looked up when the click runs: it is the window's save
+    // button as the engine has it then (a reload builds a new one).
+    m_post([alive, window] {
+        if (alive.expired() || !window->isLoaded()) return;
+        if (Button* save = window->saveButton()) save->click();
+    });
+}
+
+void ModuleWindow::setMenuBar(QMenuBar* bar) {
+    m_menuBar = bar;
+    layout()->setMenuBar(bar);
 }
 
 void ModuleWindow::showStatus() {
@@ -30,9 +65,34 @@ void ModuleWindow::showStatus() {
     m_status->setVisible(!text.isEmpty());
 }
 
+QSize ModuleWindow::sizeHint() const {
+    QSize size = m_content->sizeHint();
+    if (m_menuBar) size.rheight() += m_menuBar->sizeHint().height();
+    if (!m_status->isHidden()) size.rheight() += m_status->heightForWidth(size.width());
+    return size;
+}
+
+void ModuleWindow::fitToScreen() {
+    QScreen* screen = screenAtOrPrimary(pos());
+    const QMargins frame = frameMarginsOf(*this);
+    QSize room = screen->availableGeometry().size().shrunkBy(frame);
+    QSize wanted = sizeHint();
+    // A scroll bar needed one way takes room the other way.
+    const int bar = style()->pixelMetric(QStyle::PM_ScrollBarExtent, nullptr, this);
+    if (wanted.height() > room.height()) wanted.rwidth() += bar;
+    if (wanted.width() > room.width()) wanted.rheight() += bar;
+    resize(wanted.boundedTo(room).expandedTo(minimumSizeHint().boundedTo(room)));
+}
+
 void ModuleWindow::placeFromEngine() {
-    const QPoint wanted(toPixels(m_window.leftTwips()), toPixels(m_window.topTwips()));
-    if (pos() != wanted) move(wanted);
+    QScreen* screen = screenAtOrPrimary(twipsToPixels(m_window.leftTwips(), m_window.topTwips(), nullptr));
+    const QPoint wanted = twipsToPixels(m_window.leftTwips(), m_window.topTwips(), screen);
+    const QMargins margins = frameMarginsOf(*this);
+    const QRect frame(wanted, size().grownBy(margins));
+    const QRect fitted = fitInside(frame, screen->availableGeometry());
+    if (fitted.size() != frame.size()) resize(fitted.size().shrunkBy(margins));
+    m_placedAt = fitted.topLeft();
+    if (pos() != m_placedAt) move(m_placedAt);
 }
 
 void ModuleWindow::detach() {
@@ -52,13 +112,14 @@ void ModuleWindow::closeEvent(QCloseEvent* event) {
 
 void ModuleWindow::moveEvent(QMoveEvent* event) {
     QWidget::moveEvent(event);
-    // Only the operator's moves go back: the engine's own land on its pixel.
+    // Only the operator's moves go back: the engine's own land where they were put.
     const QPoint at = pos();
-    if (at.x() == toPixels(m_window.leftTwips()) && at.y() == toPixels(m_window.topTwips())) return;
+    if (at == m_placedAt) return;
+    m_placedAt = at;
+    float left = 0, top = 0;
+    pixelsToTwips(at, screenAtOrPrimary(at), left, top);
     std::weak_ptr<bool> alive = m_alive;
     Window* window = &m_window;
-    const float left = static_cast<float>(at.x()) * kTwipsPerPixel;
-    const float top = static_cast<float>(at.y()) * kTwipsPerPixel;
     m_post([alive, window, left, top] {
         if (!alive.expired() && window->isLoaded()) window->move(left, top);
     });
@@ -80,7 +141,9 @@ ModuleWindow* WindowShell::windowFor(const std::string& name) const {
 }
 
 void WindowShell::windowLoaded(Window& window) {
-    m_windows[window.name()] = std::make_unique<ModuleWindow>(window, m_post);
+    auto made = std::make_unique<ModuleWindow>(window, m_post);
+    if (m_onMade) m_onMade(*made);
+    m_windows[window.name()] = std::move(made);
 }
 
 void WindowShell::windowUnloading(Window& window) {
@@ -103,7 +166,10 @@ void WindowShell::windowVisibilityChanged(Window& window) {
         return;
     }
     const bool first = !shown->testAttribute(Qt::WA_WState_ExplicitShowHide);
+    if (first) shown->fitToScreen();
+    shown->placeFromEngine();
     shown->show();
+    // Now framed by the window manager, it is kept on the screen frame and all.
     shown->placeFromEngine();
     if (first && m_onFirstShown) m_onFirstShown(*shown);
 }

@@ -19,6 +19,7 @@
 
 #include "core/controls.h"
 #include "core/window.h"
+#include "gui/option_group_keys.h"
 
 namespace mv {
 namespace {
@@ -150,6 +151,9 @@ void syncCaption(W& w, const Control& c) {
     if (w.text() != text) w.setText(text);
 }
 
+// The shortest a slider's track is drawn, in pixels.
+constexpr int kSliderMinimumLength = 150;
+
 void tighten(QLayout& layout) {
     layout.setContentsMargins(4, 4, 4, 4);
     layout.setSpacing(4);
@@ -164,6 +168,8 @@ QString literalCaption(const std::string& caption) {
 }
 
 WindowView::WindowView(Window& window, QWidget& host, Post post) : m_window(window), m_post(std::move(post)) {
+    m_optionKeys = std::make_unique<OptionGroupKeys>(
+        [this](OptionButton& option) { operate(option, [&option] { option.click(); }); });
     auto* layout = new QVBoxLayout(&host);
     tighten(*layout);
     if (Container* root = window.root()) layout->addWidget(build(*root, &host));
@@ -283,11 +289,13 @@ QWidget* WindowView::build(Control& control, QWidget* parent) {
             auto& option = static_cast<OptionButton&>(control);
             auto* widget = new EngineRadioButton(parent);
             widget->setAutoExclusive(false);
-            bind(option, widget, [widget, &option] {
+            bind(option, widget, [widget, &option, keys = m_optionKeys.get()] {
                 syncCaption(*widget, option);
                 if (widget->isChecked() != option.value()) widget->setChecked(option.value());
+                keys->refresh(option);
             });
             clickThrough(widget, option);
+            m_optionKeys->add(option, *widget);
             return widget;
         }
 
@@ -322,7 +330,11 @@ QWidget* WindowView::build(Control& control, QWidget* parent) {
             auto* frame = new QWidget(parent);
             auto* widget = new QSlider(vertical ? Qt::Vertical : Qt::Horizontal, frame);
             widget->setTickPosition(vertical ? QSlider::TicksRight : QSlider::TicksBelow);
-            if (vertical) widget->setMinimumHeight(90);
+            // However tight the window, a slider stays long enough to set by hand.
+            if (vertical)
+                widget->setMinimumHeight(kSliderMinimumLength * 2 / 3);
+            else
+                widget->setMinimumWidth(kSliderMinimumLength);
             QBoxLayout* layout = vertical ? static_cast<QBoxLayout*>(new QHBoxLayout(frame))
                                           : static_cast<QBoxLayout*>(new QVBoxLayout(frame));
             layout->setContentsMargins(0, 0, 0, 0);
@@ -435,9 +447,19 @@ QWidget* WindowView::buildContainer(Container& container, QWidget* parent) {
         }
         case ContainerKind::Frame: {
             auto* frame = new QGroupBox(parent);
-            auto* layout = new QVBoxLayout(frame);
-            tighten(*layout);
-            for (Control* child : children) layout->addWidget(build(*child, frame));
+            // A frame given columns lays its children out row by row (label, field).
+            if (container.columns() > 0) {
+                auto* layout = new QGridLayout(frame);
+                tighten(*layout);
+                const int columns = container.columns();
+                for (size_t i = 0; i < children.size(); ++i)
+                    layout->addWidget(build(*children[i], frame), static_cast<int>(i) / columns,
+                                      static_cast<int>(i) % columns);
+            } else {
+                auto* layout = new QVBoxLayout(frame);
+                tighten(*layout);
+                for (Control* child : children) layout->addWidget(build(*child, frame));
+            }
             bind(container, frame, [frame, &container] {
                 const QString title = literalCaption(container.caption());
                 if (frame->title() != title) frame->setTitle(title);

@@ -16,6 +16,7 @@ namespace mv {
 
 class Control;
 class Container;
+class OptionGroupKeys;
 class Window;
 
 class WindowView {
@@ -47,6 +48,7 @@ private:
     std::shared_ptr<bool> m_alive = std::make_shared<bool>(true);
     std::unordered_map<const Control*, QWidget*> m_widgets;
     std::unordered_map<const Control*, std::function<void()>> m_refresh;
+    std::unique_ptr<OptionGroupKeys> m_optionKeys;
 };
 
 // Captions go to widgets that read '&' as a shortcut marker; shown as typed.

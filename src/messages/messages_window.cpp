@@ -48,6 +48,7 @@ void MessagesWindow::build() {
     clear.onClick = [this] { m_log->clear(); };
     Button& save = buttons.add(make<Button>("btnSave", "Salvar"));
     save.onClick = [this] { saveData(); };
+    setSaveButton(save);
     Button& hideButton = buttons.add(make<Button>("btnHide", "Ocultar"));
     hideButton.onClick = [this] { hide(); };
     addLocalTimeLabel(parts(), buttons, "LocalTime", "Local Hora");

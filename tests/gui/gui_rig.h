@@ -3,7 +3,12 @@
 // hand. The clock reports itself as real, so blocks go through the GUI's block
 // hook, yet no test waits on the wall clock.
 #include <QApplication>
+#include <filesystem>
+#include <fstream>
 #include <memory>
+#include <string>
+
+#include <unistd.h>
 
 #include "core/dialogs.h"
 #include "core/event_log.h"
@@ -15,13 +20,24 @@
 
 namespace mv::test {
 
+// The screen every GUI test runs on: 1366 x 768 at 96 DPI, the smallest
+// laptop screen an operator is likely to bring.
+inline constexpr int kScreenWidth = 1366;
+inline constexpr int kScreenHeight = 768;
+
 inline QApplication& qtApp() {
     static int argc = 1;
     static char name[] = "gui_tests";
     static char* argv[] = {name, nullptr};
     static QApplication* app = [] {
-        qputenv("QT_QPA_PLATFORM", "offscreen");
-        return new QApplication(argc, argv);
+        const std::filesystem::path config =
+            std::filesystem::temp_directory_path() / ("mv-gui-screen-" + std::to_string(::getpid()) + ".json");
+        std::ofstream(config) << "{\"screens\":[{\"name\":\"laptop\",\"x\":0,\"y\":0,\"width\":" << kScreenWidth
+                              << ",\"height\":" << kScreenHeight << ",\"logicalDpi\":96,\"logicalBaseDpi\":96,\"dpr\":1}]}";
+        qputenv("QT_QPA_PLATFORM", ("offscreen:configfile=" + config.string()).c_str());
+        auto* made = new QApplication(argc, argv);
+        std::filesystem::remove(config);
+        return made;
     }();
     return *app;
 }

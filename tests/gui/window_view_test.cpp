@@ -267,6 +267,33 @@ TEST_F(WindowViewTest, ActionsPostedBeforeTheWindowGoesAreDropped) {
     EXPECT_TRUE(rig.panel->ran.empty());
 }
 
+TEST_F(WindowViewTest, AnOptionGroupIsOneTabStopAndTheArrowsChooseWithinIt) {
+    auto* a = w(p->optionA);
+    auto* b = w(p->optionB);
+    // Nothing chosen yet: the group is reached at its first button.
+    EXPECT_EQ(a->focusPolicy() & Qt::TabFocus, Qt::TabFocus);
+    EXPECT_EQ(b->focusPolicy() & Qt::TabFocus, 0);
+    a->setFocus();
+    QTest::keyClick(a, Qt::Key_Down);
+    rig.dispatch();
+    EXPECT_TRUE(p->optionB->value()) << "the arrow chooses, as on the operator's other programs";
+    EXPECT_EQ(p->ran, (std::vector<std::string>{"optB"}));
+    EXPECT_TRUE(b->hasFocus());
+    EXPECT_EQ(b->focusPolicy() & Qt::TabFocus, Qt::TabFocus) << "the Tab stop follows the choice";
+    EXPECT_EQ(a->focusPolicy() & Qt::TabFocus, 0);
+    QTest::keyClick(b, Qt::Key_Down);  // round the group
+    rig.dispatch();
+    EXPECT_TRUE(p->optionA->value());
+    // A button that cannot be chosen is stepped over, and is never the Tab stop.
+    p->optionB->setEnabled(false);
+    QTest::keyClick(a, Qt::Key_Up);
+    rig.dispatch();
+    EXPECT_TRUE(p->optionA->value());
+    p->optionB->setValue(true);
+    EXPECT_EQ(a->focusPolicy() & Qt::TabFocus, Qt::TabFocus);
+    EXPECT_EQ(b->focusPolicy() & Qt::TabFocus, 0);
+}
+
 // A chat panel: a log of a few lines and an entry that sends on Enter.
 class ChatPanel final : public Window {
 public:
