@@ -30,6 +30,9 @@ inline QApplication& qtApp() {
     static char name[] = "gui_tests";
     static char* argv[] = {name, nullptr};
     static QApplication* app = [] {
+        // Under a real X server (xvfb-run -s "-screen 0 1366x768x24", with
+        // QT_QPA_PLATFORM=xcb) the tests use its screen as it is.
+        if (qgetenv("QT_QPA_PLATFORM") == "xcb") return new QApplication(argc, argv);
         const std::filesystem::path config =
             std::filesystem::temp_directory_path() / ("mv-gui-screen-" + std::to_string(::getpid()) + ".json");
         std::ofstream(config) << "{\"screens\":[{\"name\":\"laptop\",\"x\":0,\"y\":0,\"width\":" << kScreenWidth

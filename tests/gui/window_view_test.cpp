@@ -273,6 +273,8 @@ TEST_F(WindowViewTest, AnOptionGroupIsOneTabStopAndTheArrowsChooseWithinIt) {
     // Nothing chosen yet: the group is reached at its first button.
     EXPECT_EQ(a->focusPolicy() & Qt::TabFocus, Qt::TabFocus);
     EXPECT_EQ(b->focusPolicy() & Qt::TabFocus, 0);
+    host.activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&host));
     a->setFocus();
     QTest::keyClick(a, Qt::Key_Down);
     rig.dispatch();
