@@ -231,6 +231,38 @@ Scenario parseScenario(const std::string& text, const std::string& file) {
     return sc;
 }
 
+namespace {
+
+std::string quoted(const std::string& text) {
+    std::string out = "\"";
+    for (char c : text) {
+        if (c == '"' || c == '\\') out += '\\';
+        out += c;
+    }
+    return out + '"';
+}
+
+}  // namespace
+
+std::string formatDirective(const Directive& d) {
+    std::string line = d.verb;
+    auto target = [&] {
+        line += ' ' + d.args[0] + '.' + (d.byCaption ? quoted(d.args[1]) : d.args[1]);
+    };
+    if (d.verb == "set") {
+        target();
+        line += ' ' + quoted(d.args[2]);
+    } else if (d.verb == "click" || d.verb == "log") {
+        target();
+    } else if (d.verb == "carrier" || d.verb == "rx" || d.verb == "busy" || d.verb == "show" || d.verb == "hide" ||
+               d.verb == "close") {
+        line += ' ' + d.args[0];
+    } else {
+        for (const std::string& a : d.args) line += ' ' + quoted(a);
+    }
+    return line;
+}
+
 Scenario loadScenario(const std::string& path) {
     std::ifstream in(path, std::ios::binary);
     if (!in) throw ScenarioError(path, 0, "cannot open the scenario file");

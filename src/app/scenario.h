@@ -43,6 +43,11 @@ struct Scenario {
 const std::vector<std::string>& scenarioWindowNames();
 
 Scenario parseScenario(const std::string& text, const std::string& fileName);
+// A directive as a scenario line reads it, without its time ("set
+// hub.TEXT37 \"*ECHOTEST*\""): every text quoted, quotes and backslashes
+// escaped, so parsing the line gives the directive back. Texts with a line
+// break cannot be written (a scenario line holds none).
+std::string formatDirective(const Directive& d);
 Scenario loadScenario(const std::string& path);
 
 }  // namespace mv

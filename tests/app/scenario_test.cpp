@@ -86,5 +86,33 @@ TEST(ScenarioTest, BadLinesNameTheFileAndLine) {
     }
 }
 
+TEST(ScenarioTest, AWrittenDirectiveParsesBackToItself) {
+    // What the operator monkey writes down must replay exactly, odd texts and all.
+    const std::vector<Directive> directives = {
+        {0, 0, "set", {"hub", "TEXT37", "say \"hi\" C:\\x\\ # not a comment"}, false},
+        {0, 0, "set", {"messages", "MessageEntry", ""}, false},
+        {0, 0, "click", {"hub", "Say The Time"}, true},
+        {0, 0, "click", {"hub", "btnPlay"}, false},
+        {0, 0, "chat", {"EA4XYZ-L>\xE2\x80\xAE/rev/ \xF0\x9F\x93\xBB \"\\"}, false},
+        {0, 0, "connect", {"K1ABC", "Ann \"Q\" Lee", "192.0.2.1"}, false},
+        {0, 0, "dtmf", {"#5*"}, false},
+        {0, 0, "answer", {"/tmp/a b.wav"}, false},
+        {0, 0, "carrier", {"on"}, false},
+        {0, 0, "hide", {"history"}, false},
+    };
+    std::string text = "start 2026-11-22 14:00:00\n";
+    for (const Directive& d : directives) text += "+1s " + formatDirective(d) + "\n";
+    const Scenario back = parseScenario(text, "t.scn");
+    ASSERT_EQ(back.directives.size(), directives.size());
+    for (size_t i = 0; i < directives.size(); ++i) {
+        const Directive& d = back.directives[i];
+        EXPECT_EQ(d.verb, directives[i].verb) << i;
+        EXPECT_EQ(d.byCaption, directives[i].byCaption) << i;
+        std::vector<std::string> want = directives[i].args;
+        if (d.verb == "connect") want.resize(3);
+        EXPECT_EQ(d.args, want) << formatDirective(directives[i]);
+    }
+}
+
 }  // namespace
 }  // namespace mv

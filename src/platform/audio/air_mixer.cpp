@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <numbers>
+#include <vector>
 
 namespace mv {
 namespace {
@@ -16,6 +17,15 @@ constexpr float kDtmfLevel = 0.25f;  // each of the pair
 constexpr int64_t kRampFrames = 2 * kAirFramesPerMs;
 
 }  // namespace
+
+void AirTap::silence(int64_t frames, bool keyed) {
+    static const std::vector<float> zeros(static_cast<size_t>(kBlockFrames) * 2, 0.0f);
+    while (frames > 0) {
+        const int64_t n = std::min(frames, kBlockFrames);
+        air(zeros.data(), n, keyed);
+        frames -= n;
+    }
+}
 
 AirMixer::AirMixer(Clock& clock) : m_clock(clock), m_originMs(clock.monotonicMs()) {
     m_scratch.resize(kBlockFrames * 2);
@@ -90,6 +100,19 @@ void AirMixer::renderLocked(int64_t frames, float* out) {
         std::erase_if(m_tones, [this](const Tone& t) { return t.endFrame <= m_frame; });
         return;
     }
+    if (!out && quietFor(frames)) {
+        // A long quiet stretch reaches the tap in one step (split only where
+        // the host's own keying ends), so an idle day costs it nothing.
+        while (frames > 0) {
+            int64_t n = frames;
+            if (m_toneKeyedUntilFrame > m_frame && m_toneKeyedUntilFrame < m_frame + n) n = m_toneKeyedUntilFrame - m_frame;
+            m_tap->silence(n, transmitterKeyedNow());
+            m_frame += n;
+            frames -= n;
+        }
+        std::erase_if(m_tones, [this](const Tone& t) { return t.endFrame <= m_frame; });
+        return;
+    }
     while (frames > 0) {
         int64_t n = std::min(frames, kBlockFrames);
         // A block never straddles the end of the host's own keying.
@@ -102,6 +125,14 @@ void AirMixer::renderLocked(int64_t frames, float* out) {
         frames -= n;
     }
     std::erase_if(m_tones, [this](const Tone& t) { return t.endFrame <= m_frame; });
+}
+
+bool AirMixer::quietFor(int64_t frames) const {
+    for (const AirSource* s : m_sources)
+        if (s->audible()) return false;
+    for (const Tone& t : m_tones)
+        if (t.startFrame < m_frame + frames && t.endFrame > m_frame) return false;
+    return true;
 }
 
 void AirMixer::renderBlock(int64_t frames, float* out) {

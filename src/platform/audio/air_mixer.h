@@ -38,6 +38,9 @@ public:
     virtual ~AirTap() = default;
     // `keyed`: whether the transmitter was keyed for all of these frames.
     virtual void air(const float* stereo, int64_t frames, bool keyed) = 0;
+    // `frames` frames of silence (nothing playing, no tone): by default
+    // handed to air() as zeros; a tap that only measures can take it in one step.
+    virtual void silence(int64_t frames, bool keyed);
 };
 
 class AirMixer {
@@ -90,6 +93,8 @@ private:
     void renderLocked(int64_t frames, float* out);
     void renderBlock(int64_t frames, float* out);
     void mixTones(float* out, int64_t frames);
+    // True when nothing plays and no tone sounds in the next `frames` frames.
+    bool quietFor(int64_t frames) const;
     int64_t frameAtMs(int64_t ms) const;
 
     Clock& m_clock;
