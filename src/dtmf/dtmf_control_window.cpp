@@ -39,7 +39,9 @@ void DtmfControlWindow::build() {
     m_groups.push_back(std::make_unique<GroupCall>(parts(), lower, 2, std::vector<int>{4, 5, 6, 7, 8}));
     buildDelay(lower);
     auto& buttons = root.add(make<Container>("dtmfButtons", ContainerKind::Row));
-    buttons.add(make<Button>("Save", "Salvar")).onClick = [this] { saveData(); };
+    Button& save = buttons.add(make<Button>("Save", "Salvar"));
+    save.onClick = [this] { saveData(); };
+    setSaveButton(save);
     buttons.add(make<Button>("Hide", "Ocultar")).onClick = [this] { hide(); };
     // Rows marked "Auto" that have dropped are connected again within a minute.
     makeTimer("Timer2", 60000, true, [this] { keepAlive(); });
