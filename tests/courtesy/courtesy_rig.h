@@ -1,7 +1,8 @@
 #pragma once
 // The whole suite in virtual time with the courtesy window loaded hidden, the
-// default tones built with the program, and a stand-in for the ident window's
-// voice that notes what it was asked to say.
+// default tones built with the program, and in the ident window's place
+// either a stand-in that notes what it was asked to say, the suite's own
+// ident window, or a window that offers no voice at all.
 #include <gtest/gtest.h>
 
 #include <filesystem>
@@ -48,19 +49,34 @@ private:
     bool m_pending = false;
 };
 
+// A window under the ident window's name that offers no speech desk.
+class Voiceless final : public Window {
+public:
+    explicit Voiceless(Program& program) : Window(program, "idents") {}
+
+protected:
+    void build() override { setRoot(make<Container>("identsRoot", ContainerKind::Column)); }
+};
+
+enum class IdentVoice { StandIn, Suites, None };
+
 class CourtesyRig : public SuiteRig {
 protected:
     // Starts the suite at 10:01 (clear of the clock's quarter-hour
     // announcements for the next thirteen minutes) with `ini` as the courtesy
     // window's settings file, when given.
-    void start(const std::string& ini = {}, bool withVoice = true) {
+    void start(const std::string& ini = {}, IdentVoice identVoice = IdentVoice::StandIn) {
         if (!ini.empty()) {
             std::filesystem::create_directories(settingsDir());
             std::ofstream(settingsDir() / kCourtesySettingsFile, std::ios::binary) << ini;
         }
+        voice = nullptr;
         startSuite({2026, 11, 23, 10, 1, 0, 0}, std::string(MV_TEST_VOICE_DIR) + "/", [&](Suite& s) {
             s.program().setDefaultToneFolder(std::string(MV_TEST_TONES_DIR) + "/");
-            if (withVoice) voice = static_cast<SpokenWords*>(&s.program().addWindow(std::make_unique<SpokenWords>(s.program())));
+            // The stand-in or the voiceless window goes in the ident window's place.
+            if (identVoice == IdentVoice::StandIn)
+                voice = static_cast<SpokenWords*>(&s.program().addWindow(std::make_unique<SpokenWords>(s.program())));
+            if (identVoice == IdentVoice::None) s.program().addWindow(std::make_unique<Voiceless>(s.program()));
             if (!recordPath.empty()) s.air().startRecording(recordPath);
         });
         courtesy = static_cast<CourtesyWindow*>(suite->program().window("courtesy"));

@@ -117,7 +117,7 @@ TEST_F(LongTransmissionTest, PruebaSendsAndSpeaksTheTextAsItIsAndBorrarEmptiesIt
 }
 
 TEST_F(LongTransmissionTest, WithoutAnIdentWindowTheDueRfMessageIsLoggedOnce) {
-    start(kRfSide, false);
+    start(kRfSide, test::IdentVoice::None);
     rfOver(2500, 162500);
     at(200000);
     EXPECT_EQ(logCount("no ident window to speak the long-transmission message"), 1u);
