@@ -54,7 +54,9 @@ void CourtesyWindow::build() {
     m_longTransmission.build(parts(), messagePage, *m_presence);
 
     auto& foot = root.add(make<Container>("courtesyButtons", ContainerKind::Row));
-    foot.add(make<Button>("btnSave", "Salvar Configuracion")).onClick = [this] { saveData(); };
+    Button& save = foot.add(make<Button>("btnSave", "Salvar Configuracion"));
+    save.onClick = [this] { saveData(); };
+    setSaveButton(save);
     foot.add(make<Button>("btnHide", "Ocultar")).onClick = [this] { hide(); };
 
     // The first poll, 10 ms after load, replaces RFUser's design text.

@@ -49,6 +49,11 @@ GuiSession::GuiSession(Suite& suite) : m_suite(suite) {
     m_desktop = std::make_unique<QtShell>(suite.log());
     suite.shell().setTarget(*m_desktop);
     m_console = std::make_unique<HostConsole>(suite.host(), scheduler, suite.log());
+    // In real time a clock-driven device is the null one: the log said so
+    // once at start; the console says it where the operator looks.
+    if (!suite.clock().isVirtual() && suite.air().device().clockDriven())
+        m_console->setAirNote(QStringLiteral("No sound device: the air goes nowhere. What would be sent shows in the "
+                                             "command record and under Spoken; --record FILE.wav keeps the sound."));
 
     // The console is the suite's own window, not a module: the hub's menu
     // (and its shortcut, from any of the suite's windows) brings it back.

@@ -15,6 +15,7 @@
 #include <QScrollBar>
 #include <QSignalBlocker>
 #include <QSpinBox>
+#include <QTextBlock>
 #include <QTreeWidget>
 #include <QVBoxLayout>
 
@@ -22,6 +23,7 @@
 #include "core/event_log.h"
 #include "core/plain_text.h"
 #include "core/scheduler.h"
+#include "gui/caption_colours.h"
 
 namespace mv {
 namespace {
@@ -51,10 +53,19 @@ QString valueText(const LogValue& v) {
         v);
 }
 
-void setLamp(QLabel& label, const QString& text, Rgb colour) {
-    if (label.text() != text) label.setText(text);
-    const QString style = QStringLiteral("color: rgb(%1,%2,%3); font-weight: bold;").arg(colour.r).arg(colour.g).arg(colour.b);
-    if (label.styleSheet() != style) label.setStyleSheet(style);
+// A lamp's colour says its state; black ("off") follows the theme's text.
+void setLamp(QLabel& label, const QString& text, Rgb colour, const QPalette& theme) {
+    if (label.text() == text && label.property("lamp").toString() == text) return;
+    label.setText(text);
+    label.setProperty("lamp", text);
+    paintCaption(label, colour, std::nullopt, &theme);
+}
+
+// A folded run reads "SetPTT(false)  x37 to 14:05:09.000".
+QString entryLine(const QString& firstStamp, const QString& lastStamp, const QString& what, int count) {
+    QString line = firstStamp + QStringLiteral("  ") + what;
+    if (count > 1) line += QStringLiteral("  \u00d7%1 to %2").arg(count).arg(lastStamp);
+    return line;
 }
 
 void appendCapped(QListWidget& list, const QString& text) {
@@ -197,12 +208,25 @@ QWidget* HostConsole::buildDisplays() {
     auto* column = new QVBoxLayout(panel);
     column->setContentsMargins(0, 0, 0, 0);
 
+    m_airNote = new QLabel(panel);
+    m_airNote->setObjectName(QStringLiteral("airNote"));
+    m_airNote->setWordWrap(true);
+    m_airNote->setVisible(false);
+    column->addWidget(m_airNote);
+
     auto* lines = new QGroupBox(QStringLiteral("Transmitter and serial lines"), panel);
     auto* linesLayout = new QHBoxLayout(lines);
     m_transmitter = new QLabel(lines);
     m_dtr = new QLabel(lines);
     m_rts = new QLabel(lines);
-    for (QLabel* l : {m_transmitter, m_dtr, m_rts}) linesLayout->addWidget(l);
+    for (QLabel* l : {m_transmitter, m_dtr, m_rts}) {
+        QFont bold = l->font();
+        bold.setBold(true);
+        l->setFont(bold);
+        // A patch of background, where the theme needs one, does not touch the text.
+        l->setContentsMargins(4, 1, 4, 1);
+        linesLayout->addWidget(l);
+    }
     linesLayout->addStretch();
     column->addWidget(lines);
 
@@ -224,21 +248,37 @@ QWidget* HostConsole::buildDisplays() {
     auto* morseBox = new QGroupBox(QStringLiteral("Morse sent"), sent);
     m_morse = new QListWidget(morseBox);
     (new QVBoxLayout(morseBox))->addWidget(m_morse);
-    for (QListWidget* l : {m_chatOut, m_morse}) l->setMaximumHeight(110);
     sentLayout->addWidget(chatBox);
     sentLayout->addWidget(morseBox);
     column->addWidget(sent);
+    // What the suite speaks, as text: an operator without a sound card still
+    // reads what went out (or would have).
+    auto* spokenBox = new QGroupBox(QStringLiteral("Spoken"), panel);
+    m_spoken = new QListWidget(spokenBox);
+    m_spoken->setObjectName(QStringLiteral("spoken"));
+    (new QVBoxLayout(spokenBox))->addWidget(m_spoken);
+    for (QListWidget* l : {m_chatOut, m_morse, m_spoken}) l->setMaximumHeight(110);
+    column->addWidget(spokenBox);
 
     auto* record = new QGroupBox(QStringLiteral("Commands"), panel);
     auto* recordLayout = new QVBoxLayout(record);
     m_showQueries = new QCheckBox(QStringLiteral("Show queries (IsTransmitting, IsBusy, ...)"), record);
+    m_showQueries->setToolTip(QStringLiteral("Also list the questions the windows ask the node many times a second"));
+    m_filter = new QLineEdit(record);
+    m_filter->setObjectName(QStringLiteral("recordFilter"));
+    m_filter->setPlaceholderText(QStringLiteral("Filter: show only lines with this text (SetPTT, hub, ERROR ...)"));
+    m_filter->setClearButtonEnabled(true);
+    connect(m_filter, &QLineEdit::textChanged, this, [this] { rebuildRecord(); });
+    auto* recordBar = new QHBoxLayout;
+    recordBar->addWidget(m_showQueries);
+    recordBar->addWidget(m_filter, 1);
     m_record = new QPlainTextEdit(record);
     m_record->setReadOnly(true);
     m_record->setMaximumBlockCount(kRecordLines);
     m_record->setLineWrapMode(QPlainTextEdit::NoWrap);
     m_record->setFont(QFont(QStringLiteral("Monospace")));
     m_record->setMinimumSize(460, 220);
-    recordLayout->addWidget(m_showQueries);
+    recordLayout->addLayout(recordBar);
     recordLayout->addWidget(m_record);
     column->addWidget(record, 1);
     return panel;
@@ -248,6 +288,13 @@ void HostConsole::closeEvent(QCloseEvent* event) {
     // Closing the panel only puts it away; the node keeps running.
     event->accept();
     hide();
+}
+
+void HostConsole::changeEvent(QEvent* event) {
+    QWidget::changeEvent(event);
+    if (event->type() != QEvent::PaletteChange || !m_transmitter) return;
+    for (QLabel* lamp : {m_transmitter, m_dtr, m_rts}) lamp->setProperty("lamp", QVariant());
+    refreshState();
 }
 
 QString HostConsole::stamp(int64_t monotonicMs) const {
@@ -261,13 +308,26 @@ void HostConsole::onCommand(const SimulatedHost::Command& c) {
     if (isQuery(c.call) && !m_showQueries->isChecked()) return;
     QStringList args;
     for (const std::string& a : c.args) args << qs(a);
-    addRecordLine(stamp(c.timeMs) + QStringLiteral("  ") + qs(c.window).leftJustified(9) + qs(c.call) + QLatin1Char('(') +
-                  args.join(QStringLiteral(", ")) + QLatin1Char(')'));
+    addRecordLine(stamp(c.timeMs), qs(c.window).leftJustified(9) + qs(c.call) + QLatin1Char('(') +
+                                       args.join(QStringLiteral(", ")) + QLatin1Char(')'));
 }
 
 void HostConsole::onLogRecord(const LogRecord& r) {
+    if (r.kind == "speech") {
+        QString window, text;
+        bool keyed = false;
+        for (const LogField& f : r.fields) {
+            const auto* one = std::get_if<LogValue>(&f.value);
+            if (!one) continue;
+            if (f.key == "window" && std::holds_alternative<std::string>(*one)) window = qs(std::get<std::string>(*one));
+            if (f.key == "text" && std::holds_alternative<std::string>(*one)) text = qs(std::get<std::string>(*one));
+            if (f.key == "keyed" && std::holds_alternative<bool>(*one)) keyed = std::get<bool>(*one);
+        }
+        appendCapped(*m_spoken, stamp(m_scheduler.now()) + QLatin1Char(' ') + window + QStringLiteral(": ") + text +
+                                    (keyed ? QString() : QStringLiteral("  (not keyed)")));
+    }
     // Commands come from the host itself; the log adds what the host cannot see.
-    if (r.kind != "event" && r.kind != "error" && r.kind != "dialog" && r.kind != "end") return;
+    if (r.kind != "event" && r.kind != "error" && r.kind != "dialog" && r.kind != "end" && r.kind != "speech") return;
     QString name;
     QStringList parts;
     for (const LogField& f : r.fields) {
@@ -281,20 +341,65 @@ void HostConsole::onLogRecord(const LogRecord& r) {
         }
     }
     const QString what = name.isEmpty() ? parts.join(QLatin1Char(' ')) : name + parts.join(QLatin1Char(' '));
-    addRecordLine(stamp(m_scheduler.now()) + QStringLiteral("  ") + qs(r.kind).toUpper().leftJustified(9) + what);
+    addRecordLine(stamp(m_scheduler.now()), qs(r.kind).toUpper().leftJustified(9) + what);
 }
 
-void HostConsole::addRecordLine(const QString& line) {
-    m_pendingLines << line;
-    if (m_pendingLines.size() > kRecordLines) m_pendingLines.removeFirst();
+void HostConsole::addRecordLine(const QString& stamp, const QString& what) {
+    // The same line again (SetPTT(false) every second) only counts up.
+    if (!m_entries.empty() && m_entries.back().what == what) {
+        RecordEntry& last = m_entries.back();
+        ++last.count;
+        last.lastStamp = stamp;
+        m_firstUnshown = std::min(m_firstUnshown, last.number);
+    } else {
+        m_entries.push_back({m_nextEntry++, stamp, stamp, what, 1});
+        if (m_entries.size() > static_cast<size_t>(kRecordLines)) m_entries.pop_front();
+    }
     if (!m_flushTimer.isActive()) m_flushTimer.start(kFlushMs);
 }
 
 void HostConsole::flushRecord() {
-    if (m_pendingLines.isEmpty()) return;
-    m_record->appendPlainText(m_pendingLines.join(QLatin1Char('\n')));
-    m_pendingLines.clear();
+    if (m_firstUnshown >= m_nextEntry) return;
+    QScrollBar& bar = *m_record->verticalScrollBar();
+    // The view follows the newest line only while the operator has not scrolled back to read.
+    const bool following = bar.value() >= bar.maximum();
+    const int keptAt = bar.value();
+    const QString filter = m_filter->text();
+    QStringList appended;
+    for (const RecordEntry& e : m_entries) {
+        if (e.number < m_firstUnshown) continue;
+        if (!filter.isEmpty() && !e.what.contains(filter, Qt::CaseInsensitive)) continue;
+        const QString line = entryLine(e.firstStamp, e.lastStamp, e.what, e.count);
+        if (e.number == m_lastShown && appended.isEmpty()) {
+            // The view's last line counts up in place.
+            QTextCursor cursor(m_record->document()->lastBlock());
+            cursor.movePosition(QTextCursor::StartOfBlock);
+            cursor.movePosition(QTextCursor::EndOfBlock, QTextCursor::KeepAnchor);
+            cursor.insertText(line);
+        } else {
+            appended << line;
+        }
+        m_lastShown = e.number;
+    }
+    if (!appended.isEmpty()) m_record->appendPlainText(appended.join(QLatin1Char('\n')));
+    m_firstUnshown = m_nextEntry;
+    bar.setValue(following ? bar.maximum() : keptAt);
+}
+
+void HostConsole::rebuildRecord() {
+    m_record->clear();
+    m_lastShown = ~uint64_t{0};
+    m_firstUnshown = m_entries.empty() ? m_nextEntry : m_entries.front().number;
+    flushRecord();
     m_record->verticalScrollBar()->setValue(m_record->verticalScrollBar()->maximum());
+}
+
+void HostConsole::setRecordFilter(const QString& text) { m_filter->setText(text); }
+
+void HostConsole::setAirNote(const QString& note) {
+    m_airNote->setText(note);
+    m_airNote->setVisible(!note.isEmpty());
+    if (!note.isEmpty()) addRecordLine(stamp(m_scheduler.now()), QStringLiteral("AUDIO    ") + note);
 }
 
 QStringList HostConsole::recordLines() {
@@ -308,9 +413,9 @@ void HostConsole::setShowQueries(bool on) { m_showQueries->setChecked(on); }
 
 void HostConsole::refreshState() {
     const bool on = m_host.transmitting();
-    setLamp(*m_transmitter, on ? QStringLiteral("PTT ON") : QStringLiteral("PTT OFF"), on ? kPttOnRed : kPttOffGreen);
-    setLamp(*m_dtr, m_host.dtr() ? QStringLiteral("DTR on") : QStringLiteral("DTR off"), m_host.dtr() ? kPttOnRed : kBlack);
-    setLamp(*m_rts, m_host.rts() ? QStringLiteral("RTS on") : QStringLiteral("RTS off"), m_host.rts() ? kPttOnRed : kBlack);
+    setLamp(*m_transmitter, on ? QStringLiteral("PTT ON") : QStringLiteral("PTT OFF"), on ? kPttOnRed : kPttOffGreen, palette());
+    setLamp(*m_dtr, m_host.dtr() ? QStringLiteral("DTR on") : QStringLiteral("DTR off"), m_host.dtr() ? kPttOnRed : kBlack, palette());
+    setLamp(*m_rts, m_host.rts() ? QStringLiteral("RTS on") : QStringLiteral("RTS off"), m_host.rts() ? kPttOnRed : kBlack, palette());
     // Keyed by its own tones, the host unkeys by itself when they end; nothing tells us.
     const bool toneKeyed = on && !m_host.pttKeyed();
     if (toneKeyed && !m_toneWatch.isActive()) m_toneWatch.start();

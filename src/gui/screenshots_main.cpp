@@ -3,8 +3,13 @@
 // lines arrive, one asks for the version, the operator answers) and saves
 // each window as DIR/<window>.png, the hub once per tab, and the host console
 // as DIR/host-console.png.
+// marrowvane-screenshots --desktop DIR: the suite as it opens on a 1366 x 768
+// screen, hub and console placed by the suite itself, as DIR/desktop-1366x768.png.
 #include <QApplication>
 #include <QDir>
+#include <QFile>
+#include <QPainter>
+#include <QScreen>
 #include <QEventLoop>
 #include <QTabWidget>
 #include <QTemporaryDir>
@@ -35,17 +40,51 @@ bool save(QWidget& widget, const QDir& dir, const QString& name) {
     return false;
 }
 
+// The screen as the operator sees it: every shown window of the suite drawn
+// where the suite put it, the topmost last.
+QImage desktopPicture(QScreen& screen) {
+    QImage picture(screen.geometry().size(), QImage::Format_RGB32);
+    picture.fill(QColor(0x3A, 0x6E, 0xA5));
+    QPainter painter(&picture);
+    for (QWidget* w : QApplication::topLevelWidgets())
+        if (w->isVisible() && w->windowType() != Qt::Desktop)
+            painter.drawPixmap(w->geometry().topLeft() - screen.geometry().topLeft(), w->grab());
+    return picture;
+}
+
+// Stands in for a screen of the given size at 96 DPI (Qt's offscreen
+// platform reads the screens from a file).
+void offscreenScreen(const QDir& scratch, int width, int height) {
+    const QString config = scratch.filePath(QStringLiteral("screens.json"));
+    QFile file(config);
+    if (!file.open(QIODevice::WriteOnly)) return;
+    file.write(QStringLiteral("{\"screens\":[{\"name\":\"screen\",\"x\":0,\"y\":0,\"width\":%1,\"height\":%2,"
+                              "\"logicalDpi\":96,\"logicalBaseDpi\":96,\"dpr\":1}]}")
+                   .arg(width)
+                   .arg(height)
+                   .toUtf8());
+    file.close();
+    qputenv("QT_QPA_PLATFORM", ("offscreen:configfile=" + config).toLocal8Bit());
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
-    if (argc != 2) {
-        std::cerr << "usage: marrowvane-screenshots DIR\n";
+    const bool desktop = argc == 3 && std::string(argv[1]) == "--desktop";
+    if (argc != 2 && !desktop) {
+        std::cerr << "usage: marrowvane-screenshots [--desktop] DIR\n";
         return 2;
     }
-    if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) qputenv("QT_QPA_PLATFORM", "offscreen");
+    QTemporaryDir scratch;
+    const QByteArray platform = qgetenv("QT_QPA_PLATFORM");
+    if (platform.isEmpty() || platform == "offscreen") {
+        // Room for every window at its design size; the desktop picture is a laptop's screen.
+        if (desktop) offscreenScreen(QDir(scratch.path()), 1366, 768);
+        else offscreenScreen(QDir(scratch.path()), 2200, 1400);
+    }
     QApplication app(argc, argv);
     QApplication::setQuitOnLastWindowClosed(false);
-    const QDir out(QString::fromLocal8Bit(argv[1]));
+    const QDir out(QString::fromLocal8Bit(argv[desktop ? 2 : 1]));
     if (!QDir().mkpath(out.absolutePath())) {
         std::cerr << "marrowvane-screenshots: cannot create " << argv[1] << '\n';
         return 1;
@@ -62,7 +101,9 @@ int main(int argc, char** argv) {
         std::cerr << "marrowvane-screenshots: the hub did not start: " << message << '\n';
         return 1;
     }
+    // The desktop picture shows what opens by itself: the hub and the console.
     for (const auto& window : suite.program().windows()) {
+        if (desktop) break;
         try {
             window->show();
         } catch (const mv::ProgramEnded&) {
@@ -88,6 +129,23 @@ int main(int argc, char** argv) {
         entry->pressEnter();
     }
     runFor(400);
+    // The ident window's voice reaches the log as `speech` lines; until that
+    // window is in the build these two stand in for it, so the console's
+    // spoken list shows in the pictures.
+    suite.log().speech("idents", "speak", "Estaci\xC3\xB3n EA4XYZ-L conectada", true);
+    suite.log().speech("idents", "speak", "Este es el nodo N0CALL, setenta y tres", true);
+    // A few seconds of the node's steady commands, folded in the console's record.
+    runFor(3500);
+    if (desktop) {
+        QScreen* screen = QGuiApplication::primaryScreen();
+        const QString path = out.filePath(QStringLiteral("desktop-%1x%2.png").arg(screen->size().width()).arg(screen->size().height()));
+        if (!desktopPicture(*screen).save(path)) {
+            std::cerr << "marrowvane-screenshots: cannot write " << path.toStdString() << '\n';
+            return 1;
+        }
+        std::cout << path.toStdString() << '\n';
+        return 0;
+    }
 
     bool ok = true;
     for (const auto& window : suite.program().windows()) {

@@ -19,6 +19,7 @@
 
 #include "core/controls.h"
 #include "core/window.h"
+#include "gui/caption_colours.h"
 #include "gui/option_group_keys.h"
 
 namespace mv {
@@ -132,8 +133,6 @@ void showLines(QPlainTextEdit& edit, const LineLog& log, ShownLines& shown) {
 Qt::CheckState checkState(int value) {
     return value == 1 ? Qt::Checked : value == 2 ? Qt::PartiallyChecked : Qt::Unchecked;
 }
-
-QColor qcolor(Rgb c) { return QColor(c.r, c.g, c.b); }
 
 void syncCommon(const Control& c, QWidget& w) {
     if (w.isEnabled() != c.enabled()) w.setEnabled(c.enabled());
@@ -308,18 +307,12 @@ QWidget* WindowView::build(Control& control, QWidget* parent) {
             bind(label, widget, [widget, &label, shownFore, shownBack]() mutable {
                 const QString text = qs(label.caption());
                 if (widget->text() != text) widget->setText(text);
-                const bool foreChanged = shownFore != label.foreColor();
-                const bool backChanged = label.hasBackColor() && shownBack != label.backColor();
-                if (!foreChanged && !backChanged) return;
-                QPalette palette = widget->palette();
-                palette.setColor(QPalette::WindowText, qcolor(label.foreColor()));
+                const std::optional<Rgb> back =
+                    label.hasBackColor() ? std::optional<Rgb>(label.backColor()) : std::nullopt;
+                if (shownFore == label.foreColor() && shownBack == back) return;
                 shownFore = label.foreColor();
-                if (label.hasBackColor()) {
-                    palette.setColor(QPalette::Window, qcolor(label.backColor()));
-                    widget->setAutoFillBackground(true);
-                    shownBack = label.backColor();
-                }
-                widget->setPalette(palette);
+                shownBack = back;
+                paintCaption(*widget, label.foreColor(), back);
             });
             return widget;
         }

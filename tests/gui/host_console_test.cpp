@@ -7,10 +7,13 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QListWidget>
+#include <QPlainTextEdit>
 #include <QPushButton>
+#include <QScrollBar>
 #include <QTest>
 #include <QTreeWidget>
 
+#include "gui/caption_colours.h"
 #include "gui/host_console.h"
 #include "gui_rig.h"
 
@@ -44,6 +47,7 @@ protected:
     GuiRig rig;
     HostConsole console{rig.host, rig.scheduler, rig.log};
     std::unique_ptr<HostObject> node;
+    int m_sent = 0;
 };
 
 TEST_F(HostConsoleTest, TogglesRaiseTheHostsEventsAndFollowItsState) {
@@ -100,7 +104,7 @@ TEST_F(HostConsoleTest, ShowsTransmitterLinesChatAndMorseLive) {
     EXPECT_EQ(console.transmitterLabel()->text(), "PTT OFF");
     node->setPTT(true);
     EXPECT_EQ(console.transmitterLabel()->text(), "PTT ON");
-    EXPECT_TRUE(console.transmitterLabel()->styleSheet().contains("rgb(255,0,0)"));
+    EXPECT_EQ(console.transmitterLabel()->palette().color(QPalette::WindowText), QColor(255, 0, 0));
     node->setPTT(false);
     EXPECT_EQ(console.transmitterLabel()->text(), "PTT OFF");
 
@@ -143,6 +147,87 @@ TEST_F(HostConsoleTest, RecordNamesTheWindowAndLeavesQueriesOutUnlessAsked) {
     console.setShowQueries(true);
     node->isTransmitting();
     EXPECT_TRUE(console.recordLines().last().contains("IsTransmitting()"));
+}
+
+TEST_F(HostConsoleTest, ARunOfIdenticalLinesFoldsIntoOneWithACountAndTheFilterNarrowsTheRecord) {
+    for (int i = 0; i < 5; ++i) {
+        node->setPTT(false);
+        rig.clock.advanceBy(1000);
+    }
+    node->setPTT(true);
+    node->setPTT(false);
+    const QStringList lines = console.recordLines();
+    ASSERT_EQ(lines.size(), 3) << lines.join('|').toStdString();
+    EXPECT_TRUE(lines[0].startsWith("14:00:01.000")) << lines[0].toStdString();
+    EXPECT_TRUE(lines[0].endsWith(QString::fromUtf8("SetPTT(false)  \u00d75 to 14:00:05.000"))) << lines[0].toStdString();
+    EXPECT_TRUE(lines[1].endsWith("SetPTT(true)")) << "a different line ends the run";
+    EXPECT_TRUE(lines[2].endsWith("SetPTT(false)")) << "and a new run starts at one";
+    // Counting up rewrites the last line only.
+    node->setPTT(false);
+    EXPECT_TRUE(console.recordLines().last().endsWith(QString::fromUtf8("\u00d72 to 14:00:06.000")));
+    EXPECT_EQ(console.recordLines().size(), 3);
+
+    console.setRecordFilter("TRUE");
+    EXPECT_EQ(console.recordLines(), QStringList{lines[1]}) << "any case";
+    node->setPTT(true);
+    node->sendCW(0, "CQ");
+    EXPECT_EQ(console.recordLines().size(), 2) << "new lines pass the same filter";
+    console.setRecordFilter("");
+    EXPECT_EQ(console.recordLines().size(), 5);
+}
+
+TEST_F(HostConsoleTest, TheRecordFollowsTheNewestLineOnlyUntilTheOperatorScrollsBack) {
+    console.resize(900, 600);
+    console.show();
+    auto more = [&](int n) {
+        for (int i = 0; i < n; ++i) node->sendCW(0, "CQ" + std::to_string(m_sent++));
+        console.recordLines();  // brings the view up to date
+    };
+    QScrollBar& bar = *console.recordView()->verticalScrollBar();
+    more(200);
+    ASSERT_GT(bar.maximum(), 0);
+    EXPECT_EQ(bar.value(), bar.maximum());
+    bar.setValue(10);
+    more(50);
+    EXPECT_EQ(bar.value(), 10) << "the lines being read stay put";
+    node->setPTT(false);
+    node->setPTT(false);
+    console.recordLines();
+    EXPECT_EQ(bar.value(), 10) << "nor does a count going up move them";
+    bar.setValue(bar.maximum());
+    more(5);
+    EXPECT_EQ(bar.value(), bar.maximum()) << "back at the foot, it follows again";
+}
+
+TEST_F(HostConsoleTest, WhatTheSuiteSpeaksShowsAsTextAndANoteSaysWhenTheAirGoesNowhere) {
+    rig.log.speech("idents", "speak", "Estacion EA4XYZ conectada", true);
+    rig.log.speech("idents", "speak", "Sin PTT", false);
+    ASSERT_EQ(console.speechList()->count(), 2);
+    EXPECT_TRUE(console.speechList()->item(0)->text().endsWith("idents: Estacion EA4XYZ conectada"));
+    EXPECT_TRUE(console.speechList()->item(1)->text().endsWith("(not keyed)"));
+    EXPECT_TRUE(recordHas("SPEECH"));
+
+    EXPECT_TRUE(console.airNote()->isHidden());
+    console.setAirNote("No sound device: the air goes nowhere.");
+    EXPECT_FALSE(console.airNote()->isHidden());
+    EXPECT_TRUE(recordHas("AUDIO    No sound device"));
+}
+
+TEST_F(HostConsoleTest, LampsReadOnADarkTheme) {
+    QPalette dark;
+    dark.setColor(QPalette::Window, QColor(0x2B, 0x2B, 0x2B));
+    dark.setColor(QPalette::WindowText, QColor(0xE6, 0xE6, 0xE6));
+    HostConsole darkConsole(rig.host, rig.scheduler, rig.log);
+    darkConsole.setPalette(dark);
+    for (QLabel* lamp : darkConsole.findChildren<QLabel*>()) {
+        const QString text = lamp->text();
+        if (text != "PTT OFF" && text != "DTR off" && text != "RTS off") continue;
+        const QColor fore = lamp->palette().color(QPalette::WindowText);
+        const QColor back = lamp->autoFillBackground() ? lamp->palette().color(QPalette::Window) : dark.color(QPalette::Window);
+        EXPECT_GE(contrastRatio(fore, back), 3.0) << text.toStdString();
+        if (text == "PTT OFF") EXPECT_EQ(fore, QColor(0, 128, 0)) << "keeps its colour";
+        else EXPECT_EQ(fore, dark.color(QPalette::WindowText)) << text.toStdString() << " follows the theme";
+    }
 }
 
 }  // namespace

@@ -17,6 +17,7 @@
 #include <QTabWidget>
 #include <QTest>
 
+#include "gui/caption_colours.h"
 #include "gui/window_view.h"
 #include "gui_rig.h"
 
@@ -145,6 +146,48 @@ TEST_F(WindowViewTest, ProgramChangesShowWithoutOperatorAction) {
     EXPECT_TRUE(w(p->other)->isHidden());
     p->other->setVisible(true);
     EXPECT_FALSE(w(p->other)->isHidden());
+}
+
+TEST(CaptionColoursTest, ColouredCaptionsStayReadableOnAnyThemeAndPlainOnesFollowIt) {
+    qtApp();
+    EXPECT_NEAR(contrastRatio(Qt::white, Qt::black), 21.0, 0.01);
+    EXPECT_NEAR(contrastRatio(QColor(0, 128, 0), QColor(0, 128, 0)), 1.0, 1e-9);
+    QPalette light;
+    light.setColor(QPalette::Window, QColor(0xEF, 0xEF, 0xEF));
+    light.setColor(QPalette::WindowText, Qt::black);
+    QPalette dark;
+    dark.setColor(QPalette::Window, QColor(0x2B, 0x2B, 0x2B));
+    dark.setColor(QPalette::WindowText, QColor(0xE6, 0xE6, 0xE6));
+    for (const bool isDark : {false, true}) {
+        const QPalette& theme = isDark ? dark : light;
+        GuiRig rig;
+        rig.panel->load();
+        QWidget host;
+        host.setPalette(theme);
+        WindowView view(*rig.panel, host, [](std::function<void()>) {});
+        auto* lamp = qobject_cast<QLabel*>(view.widgetFor(*rig.panel->lamp));
+        ASSERT_NE(lamp, nullptr);
+        auto shownOn = [&](QLabel& l) {
+            return l.autoFillBackground() ? l.palette().color(QPalette::Window) : theme.color(QPalette::Window);
+        };
+        for (Rgb colour : {kPttOffGreen, kPttOnRed}) {
+            rig.panel->lamp->set("PTT", colour);
+            EXPECT_EQ(lamp->palette().color(QPalette::WindowText), QColor(colour.r, colour.g, colour.b)) << isDark;
+            EXPECT_GE(contrastRatio(lamp->palette().color(QPalette::WindowText), shownOn(*lamp)), 3.0) << isDark;
+        }
+        // Green reads on the light theme as it is; on the dark one it gets a light patch.
+        rig.panel->lamp->set("PTT OFF", kPttOffGreen);
+        EXPECT_EQ(lamp->autoFillBackground(), isDark);
+        // A caption with a background of its own shows exactly that.
+        rig.panel->lamp->setBackColor({255, 255, 0});
+        EXPECT_EQ(lamp->palette().color(QPalette::Window), QColor(255, 255, 0));
+        EXPECT_TRUE(lamp->autoFillBackground());
+
+        QLabel plain(&host);
+        paintCaption(plain, kBlack, std::nullopt);
+        EXPECT_EQ(plain.palette().color(QPalette::WindowText), theme.color(QPalette::WindowText)) << "follows the theme";
+        EXPECT_FALSE(plain.autoFillBackground());
+    }
 }
 
 TEST_F(WindowViewTest, ProgramChangesPostNothingBack) {
