@@ -66,7 +66,7 @@ void ClockWindow::afterSettingsLoaded() {
 void ClockWindow::startClockTimers() {
     makeTimer("ClockTick", 1000, true, [this] { clockTick(); });
     makeTimer("VoiceFollower", 100, true, [this] { followVoice(); });
-    makeTimer("ReleaseCheck", 1000, true, [this] { m_composer->checkRelease(); });
+    m_releaseCheck = &makeTimer("ReleaseCheck", 1000, true, [this] { m_composer->checkRelease(); });
     makeTimer("AutoConnect", 60000, true, [this] { autoConnect(); });
     m_poll = &makeTimer("SequencePoll", 1, false, [this] { m_composer->pollSequence(); });
 }
@@ -76,6 +76,12 @@ void ClockWindow::onUnload() {
     m_player.release();
     m_composer.reset();
     m_poll = nullptr;
+    m_releaseCheck = nullptr;
+}
+
+void ClockWindow::setReleaseCheckEnabled(bool enabled) {
+    // The check starts with the hub's other timers; until then there is nothing to switch.
+    if (m_releaseCheck) m_releaseCheck->setEnabled(enabled);
 }
 
 void ClockWindow::refreshTimeFields(const LocalDateTime& now) {

@@ -19,6 +19,7 @@ public:
 
     // Starts an announcement now, without the busy test.
     void startAnnouncement() override;
+    void setReleaseCheckEnabled(bool enabled) override;
 
     AnnouncementComposer& composer() { return *m_composer; }
     PlayerStrip& player() { return m_player; }
@@ -46,6 +47,7 @@ private:
     PlayerStrip m_player;
     std::unique_ptr<AnnouncementComposer> m_composer;
     Timer* m_poll = nullptr;
+    Timer* m_releaseCheck = nullptr;
     // The working copy of the selected voice, written by the 100 ms follower.
     TextBox* m_fileLocation = nullptr;
     OptionButton* m_inUseWav = nullptr;

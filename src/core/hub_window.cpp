@@ -5,6 +5,7 @@
 #include "core/dialogs.h"
 #include "core/errors.h"
 #include "core/event_log.h"
+#include "core/player_strip.h"
 #include "core/program.h"
 #include "core/settings_store.h"
 
@@ -323,17 +324,7 @@ void HubWindow::onLoad() {
 
     m_binder.load(settings(), log(), loadOrder());
     for (auto& [group, fallback] : m_groupFallbacks) ensureOneSelected(*group, *fallback);
-    long long volume = 0;
-    if (!setting::parseWhole(m_volSet->text(), volume)) {
-        log().error(name(), std::string(kClockSettingsFile) + ": VOLSET=\"" + m_volSet->text() +
-                                "\" is not a volume; using 0");
-        volume = 0;
-    }
-    const int wanted = static_cast<int>(std::clamp<long long>(volume, m_volume->min(), m_volume->max()));
-    if (m_volume->value() == wanted)
-        m_volSet->setText(std::to_string(wanted));
-    else
-        m_volume->setValue(wanted);
+    restoreVolume(*m_volume, *m_volSet, log(), name(), kClockSettingsFile);
     afterSettingsLoaded();
 
     for (const std::string& w : startupWindows())

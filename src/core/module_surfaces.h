@@ -32,6 +32,10 @@ public:
     virtual ~TalkingClock() = default;
     // Starts a time announcement at once, without the busy test.
     virtual void startAnnouncement() = 0;
+    // Switches the clock's once-a-second release check on or off. The DTMF
+    // player keeps it off while it is on the air, since that check unkeys the
+    // transmitter whenever the clock's own file has ended.
+    virtual void setReleaseCheckEnabled(bool enabled) = 0;
 };
 
 // The DTMF control window's reception delay: the ident window restarts its

@@ -1,5 +1,6 @@
 #include "core/player_strip.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cmath>
 
@@ -8,6 +9,7 @@
 #include "core/event_log.h"
 #include "core/hub_window.h"
 #include "core/program.h"
+#include "core/settings_store.h"
 
 namespace mv {
 
@@ -35,6 +37,21 @@ std::string secondsText(double seconds) {
     if (p > buf && p[-1] == '.') --p;
     std::string text(buf, p);
     return text == "-0" ? "0" : text;
+}
+
+void restoreVolume(Slider& volume, TextBox& volSet, EventLog& log, const std::string& window,
+                   const std::string& settingsFile) {
+    long long wanted = 0;
+    if (!setting::parseWhole(volSet.text(), wanted)) {
+        log.error(window, settingsFile + ": VOLSET=\"" + volSet.text() + "\" is not a volume; using 0");
+        wanted = 0;
+    }
+    const int value = static_cast<int>(std::clamp<long long>(wanted, volume.min(), volume.max()));
+    // The slider's change handler writes the field; an unchanged slider does not run it.
+    if (volume.value() == value)
+        volSet.setText(std::to_string(value));
+    else
+        volume.setValue(value);
 }
 
 PlayerStrip::PlayerStrip(Window& window) : m_window(window) {}
@@ -291,8 +308,18 @@ bool PlayerStrip::fileEnded() {
     return m_elapsedDisplay->text() == m_lengthDisplay->text();
 }
 
+void PlayerStrip::endTransmission() {
+    if (!keyed()) return;
+    if (m_options.heldElsewhere && m_options.heldElsewhere())
+        m_options.ptt->showPtt(false);
+    else
+        keyOff();
+}
+
 void PlayerStrip::checkRelease() {
-    if (fileEnded() && (!m_options.mayRelease || m_options.mayRelease())) keyOff();
+    // Only a transmission this strip keyed is ended: a file that ended long
+    // ago must not unkey, every second, whatever another window puts on the air.
+    if (keyed() && fileEnded()) endTransmission();
 }
 
 }  // namespace mv

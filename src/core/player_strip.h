@@ -21,6 +21,12 @@ std::string formatDuration(double seconds);
 // most six decimals, no trailing zeros ("2.5", "3", "0.000125").
 std::string secondsText(double seconds);
 
+// At load, the volume slider takes the whole number its settings field holds
+// (clamped to the slider), and the field shows what the slider took. A field
+// that spells no whole number gives full volume and an `error` line.
+void restoreVolume(Slider& volume, TextBox& volSet, EventLog& log, const std::string& window,
+                   const std::string& settingsFile);
+
 struct PlayerStripOptions {
     enum class Progress {
         // "Lenght :", "Time Used :", "Time Left :" as "hh:mm:ss" beside two
@@ -45,10 +51,16 @@ struct PlayerStripOptions {
     // until a slider moves, and the volume is set when a file is played.
     bool applyVolumeAndRateAtLoad = false;
 
-    // The 1000 ms end-of-play check: unkeys when the file has ended and this
-    // allows it (no predicate: always). Off for windows that release otherwise.
+    // The 1000 ms end-of-play check: once the file has ended, ends the
+    // transmission this strip keyed (see endTransmission). Off for windows
+    // that release otherwise.
     bool releaseCheck = true;
-    std::function<bool()> mayRelease;
+    // True while another window is on the air with the same transmitter (the
+    // DTMF player asks whether the hub's indicator reads "PTT ON"). Ending a
+    // transmission then leaves the transmitter keyed for that window to
+    // release: cutting it would cut the other window's sound, and waiting for
+    // it could wait forever when that window in turn waits for this one.
+    std::function<bool()> heldElsewhere;
 
     // What a failed load tells the operator; by default the "Render error"
     // message box. Called after the graph has been released.
@@ -86,7 +98,13 @@ public:
 
     void keyOn();
     void keyOff();
+    // True while this strip's indicator reads "PTT ON".
     bool keyed() const;
+    // This strip's part on the air is over (its file ended, was stopped or
+    // went): unkeys what it keyed, or, while another window holds the
+    // transmitter, only turns its own indicator off. Does nothing unkeyed, so
+    // a strip never unkeys a transmission it did not start.
+    void endTransmission();
 
     // The volume and speed sliders onto the graph now (errors ignored).
     void applySliders();

@@ -298,16 +298,36 @@ TEST_F(PlayerStripTest, ARenderErrorHandlerReplacesTheMessage) {
     EXPECT_EQ(reported, dir.file("missing.wav"));
 }
 
-TEST_F(PlayerStripTest, TheReleaseCheckWaitsForTheWindowsCondition) {
+TEST_F(PlayerStripTest, AtTheEndAStripLeavesTheTransmitterToAWindowStillOnTheAir) {
     test::writeWav(dir.file("t.wav"), 0.2);
-    bool allowed = false;
+    bool elsewhere = true;
     PlayerStripOptions o;
-    o.mayRelease = [&] { return allowed; };
+    o.heldElsewhere = [&] { return elsewhere; };
     StripWindow& w = window(o);
     w.strip.txFile(dir.file("t.wav"));
-    EXPECT_EQ(releasedAt(3000), -1);
-    allowed = true;
-    EXPECT_GT(releasedAt(1001), 0);
+    runFor(1100);
+    EXPECT_EQ(w.ptt->caption(), "PTT OFF") << "this strip's part is over";
+    EXPECT_TRUE(suite.host().pttKeyed()) << "the other window's sound is not cut";
+    EXPECT_EQ(suite.host().countCommands("SetPTT", "player"), 1u) << "only the key, no unkey";
+    elsewhere = false;
+    runFor(3000);
+    EXPECT_TRUE(suite.host().pttKeyed()) << "releasing is the other window's business now";
+}
+
+TEST_F(PlayerStripTest, TheReleaseCheckUnkeysOnceAndNeverUnkeysAnotherWindowsTransmission) {
+    test::writeWav(dir.file("t.wav"), 0.3);
+    StripWindow& w = window();
+    w.strip.txFile(dir.file("t.wav"));
+    runFor(1500);
+    EXPECT_FALSE(suite.host().pttKeyed());
+    // Another window keys the transmitter; the ended file here must not cut it.
+    suite.host().setPtt(true);
+    runFor(5000);
+    EXPECT_TRUE(suite.host().pttKeyed());
+    EXPECT_EQ(suite.host().countCommands("SetPTT", "player"), 2u) << "one key, one release";
+    // A strip that keyed nothing ends nothing either.
+    w.strip.endTransmission();
+    EXPECT_TRUE(suite.host().pttKeyed());
 }
 
 TEST_F(PlayerStripTest, TxrxUnkeysAnEndedFileAndKeysARunningOne) {
