@@ -71,6 +71,7 @@ int runHeadless(const HeadlessOptions& options) {
     so.logQueries = options.logQueries;
     so.defaultVoiceFolder = installedVoiceFolder();
     so.defaultToneFolder = installedToneFolder();
+    so.sampleFolder = installedSampleFolder();
 
     // Before the suite exists, so every thread it starts inherits the mask.
     RunSignals signals;

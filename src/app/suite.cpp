@@ -7,6 +7,7 @@
 #include "dtmf/keypad_window.h"
 #include "messages/history_window.h"
 #include "messages/messages_window.h"
+#include "player/player_window.h"
 
 namespace mv {
 
@@ -40,6 +41,7 @@ Suite::Suite(const SuiteOptions& options) {
         Services{*m_scheduler, *m_host, *m_settings, *m_dialogs, m_log, &m_air->media(), m_shell.get()});
     if (!options.defaultVoiceFolder.empty()) m_program->setDefaultVoiceFolder(options.defaultVoiceFolder);
     if (!options.defaultToneFolder.empty()) m_program->setDefaultToneFolder(options.defaultToneFolder);
+    m_program->setSampleFolder(options.sampleFolder);
     addModuleWindows(*m_program);
 }
 
@@ -53,6 +55,7 @@ Suite::~Suite() {
 void addModuleWindows(Program& program) {
     program.addWindow(std::make_unique<ClockWindow>(program));
     program.addWindow(std::make_unique<CourtesyWindow>(program));
+    program.addWindow(std::make_unique<PlayerWindow>(program));
     program.addWindow(std::make_unique<HistoryWindow>(program));
     // Loaded by its hub button, the first time it is pressed.
     program.addWindow(std::make_unique<MessagesWindow>(program));
@@ -84,6 +87,10 @@ std::string installedVoiceFolder() {
 
 std::string installedToneFolder() {
     return installedSoundFolder("tones", "RF.wav", MV_BUILD_TONES_DIR, MV_INSTALLED_TONES_DIR);
+}
+
+std::string installedSampleFolder() {
+    return installedSoundFolder("samples", "Beacon.wav", MV_BUILD_SAMPLES_DIR, MV_INSTALLED_SAMPLES_DIR);
 }
 
 }  // namespace mv

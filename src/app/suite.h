@@ -56,6 +56,8 @@ struct SuiteOptions {
     std::string defaultVoiceFolder;
     // Folder of the courtesy tones installed with the program.
     std::string defaultToneFolder;
+    // Folder of the sample beacon files installed with the program.
+    std::string sampleFolder;
 };
 
 class Suite {
@@ -101,5 +103,7 @@ void addModuleWindows(Program& program);
 std::string installedVoiceFolder();
 // The folder of the default courtesy tones (ends with '/').
 std::string installedToneFolder();
+// The sample beacon folder installed with the program (ends with '/').
+std::string installedSampleFolder();
 
 }  // namespace mv

@@ -180,6 +180,11 @@ public:
     // "IP.wav"); the courtesy window's tone fields default to them.
     const std::string& defaultToneFolder() const { return m_defaultToneFolder; }
     void setDefaultToneFolder(std::string folder) { m_defaultToneFolder = std::move(folder); }
+    // Folder of the sample beacon files installed with the program (ends with
+    // '/', or empty when there is none); the DTMF player's first rows name them
+    // until the operator chooses files of his own.
+    const std::string& sampleFolder() const { return m_sampleFolder; }
+    void setSampleFolder(std::string folder) { m_sampleFolder = std::move(folder); }
 
     // The suite's one source of chance (a random beacon file, a random text
     // line): real randomness by default; a fixed seed makes a run replay the
@@ -213,6 +218,7 @@ private:
     std::mt19937_64 m_random{std::random_device{}()};
     std::string m_defaultVoiceFolder = "C:\\Program Files\\Marrowvane\\";
     std::string m_defaultToneFolder = "C:\\Program Files\\Marrowvane\\";
+    std::string m_sampleFolder;
 };
 
 }  // namespace mv

@@ -33,6 +33,7 @@ int runGui(const std::vector<std::string>& qtArguments, const HeadlessOptions& o
     so.defaultVoiceFolder = installedVoiceFolder();
     so.logQueries = options.logQueries;
     so.defaultToneFolder = installedToneFolder();
+    so.sampleFolder = installedSampleFolder();
     if (!options.logPath.empty()) {
         if (logFile.open(options.logPath, false)) so.logStream = &logFile.stream();
         else std::cerr << "marrowvane: cannot write the log file " << options.logPath << '\n';

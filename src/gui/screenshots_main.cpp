@@ -94,6 +94,7 @@ int main(int argc, char** argv) {
     options.settingsDir = settings.path().toStdString();
     options.defaultVoiceFolder = mv::installedVoiceFolder();
     options.defaultToneFolder = mv::installedToneFolder();
+    options.sampleFolder = mv::installedSampleFolder();
     mv::Suite suite(options);
     mv::GuiSession session(suite);
     std::string message;

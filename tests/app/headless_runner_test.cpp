@@ -78,7 +78,7 @@ TEST(HeadlessRunnerTest, OperatorMistakesAreLoggedAndTheRunGoesOn) {
     const std::string log = test::readText(o.logPath);
     EXPECT_NE(log.find("has no control captioned \\\"No Such Button\\\""), std::string::npos) << log;
     EXPECT_NE(log.find("a check box takes 0, 1 or 2"), std::string::npos);
-    EXPECT_NE(log.find("no window \\\"player\\\""), std::string::npos);
+    EXPECT_NE(log.find("window \\\"player\\\" has no control \\\"Foo\\\""), std::string::npos) << log;
     EXPECT_NE(log.find("\"call\":\"SendChatText\""), std::string::npos);
     // The run names its seed, and `log` reports what a control shows.
     EXPECT_NE(log.find("{\"t\":\"2026-11-22T14:00:00.000\",\"kind\":\"start\",\"seed\":1}"), std::string::npos) << log;

@@ -1,0 +1,144 @@
+#include "player/player_window.h"
+
+#include "core/dialogs.h"
+#include "core/errors.h"
+#include "core/program.h"
+
+namespace mv {
+namespace {
+
+constexpr size_t kPlayerReadBuffer = 256;
+
+// The sample beacons the first rows name until the operator chooses files.
+constexpr const char* kSampleFiles[] = {"Beacon.wav", "Chime.wav", "Welcome.wav"};
+
+}  // namespace
+
+PlayerWindow::PlayerWindow(Program& program)
+    : Window(program, "player"), m_player(*this), m_binder(kPlayerSettingsFile, kPlayerReadBuffer, "player") {}
+
+PlayerWindow::~PlayerWindow() = default;
+
+std::string PlayerWindow::defaultFile(int row) {
+    const std::string& folder = program().sampleFolder();
+    if (folder.empty() || row > static_cast<int>(std::size(kSampleFiles))) return "";
+    return folder + kSampleFiles[row - 1];
+}
+
+void PlayerWindow::build() {
+    auto& root = make<Container>("playerRoot", ContainerKind::Column);
+    setRoot(root);
+    auto& main = root.add(make<Container>("playerMain", ContainerKind::Row));
+    m_rows.build(parts(), main, {[this](int row) { m_player.playRow(row, PlayTrigger::Operator); },
+                                 [this](int row) { m_player.browse(row); }});
+    auto& side = main.add(make<Container>("playerSide", ContainerKind::Column));
+    buildSelection(side);
+    m_beacons = std::make_unique<BeaconSchedule>(parts(), side,
+                                                 [this] { m_player.playSelection(PlayTrigger::Unattended); });
+    m_ptt = &side.add(make<Label>("PTT", kPttOff, kPttOffGreen));
+
+    auto& strip = root.add(make<Container>("playerStrip", ContainerKind::Column));
+    buildButtons(strip);
+    m_player.build(parts(), strip,
+                   {m_rows, *controlAs<TextBox>("MaxRand"), *controlAs<OptionButton>("StopClock2"), *m_ptt});
+    auto& windowButtons = root.add(make<Container>("windowButtons", ContainerKind::Row));
+    windowButtons.add(make<Button>("btnSave", "Salvar Configuracion")).onClick = [this] { saveData(); };
+    windowButtons.add(make<Button>("btnHide", "Ocultar")).onClick = [this] { hide(); };
+    bindSettings();
+}
+
+void PlayerWindow::buildSelection(Container& area) {
+    auto& frame = area.add(make<Container>("frameSelection", ContainerKind::Frame, "Fichero Audio Baliza"));
+    frame.add(make<Label>("lblDtmfCode", "DTMF-Ultima Seleccion"));
+    m_dtmfCode = &frame.add(make<TextBox>("TEXT4", ""));
+    OptionGroup& mode = makeGroup();
+    frame.add(make<OptionButton>("StopClock2", "Estatico", mode)).setValue(true);
+    auto& random = frame.add(make<Container>("randomRange", ContainerKind::Row));
+    random.add(make<OptionButton>("StopClock0", "Aleatorio        Usar del 1 al", mode));
+    random.add(make<TextBox>("MaxRand", "20"));
+}
+
+void PlayerWindow::buildButtons(Container& area) {
+    auto& row = area.add(make<Container>("localPlayer", ContainerKind::Row));
+    row.add(make<Button>("btnFile", "File")).onClick = [this] { m_player.reloadSelected(); };
+    row.add(make<Button>("btnPlay", "Play")).onClick = [this] { m_player.localPlay(); };
+    row.add(make<Button>("btnStop", "Stop")).onClick = [this] { m_player.localStop(); };
+    row.add(make<Button>("btnResume", "Resume")).onClick = [this] { m_player.localResume(); };
+}
+
+void PlayerWindow::bindSettings() {
+    m_binder = SettingsBinder(kPlayerSettingsFile, kPlayerReadBuffer, name());
+    auto text = [this](const std::string& key, const std::string& def) {
+        m_binder.bindText(key, *controlAs<TextBox>(key), def);
+    };
+    auto check = [this](const std::string& key, const std::string& def) {
+        m_binder.bindCheck(key, *controlAs<CheckBox>(key), def);
+    };
+    auto option = [this](const std::string& key, const std::string& def) {
+        m_binder.bindOption(key, *controlAs<OptionButton>(key), def);
+    };
+    // Read at load and written by "Salvar Configuracion" in this one order.
+    text("TEXT5", "15");
+    text("VOLSET", "0");
+    check("ONHOUR", "0");
+    check("HALFHOUR", "0");
+    check("QUARTERHOUR", "0");
+    text("BEACONPERIOD1", "15");
+    text("BEACONPERIOD3", "15");
+    check("STOPCLOCK3", "0");
+    text("TEXT4", "");
+    text("MAXRAND", "20");
+    for (int row = 1; row <= FileRows::kCount; ++row) text(FileRows::fileKey(row), defaultFile(row));
+    for (int row = 1; row <= FileRows::kCount; ++row) option("OPTION" + std::to_string(row), row == 1 ? "1" : "0");
+    option("STOPCLOCK0", "0");
+    check("STOPCLOCK1", "0");
+    option("STOPCLOCK2", "1");
+    m_binder.bindPosition(
+        "LEFT", [this] { return leftTwips(); }, [this](float v) { move(v, topTwips()); }, "300");
+    m_binder.bindPosition(
+        "TOP", [this] { return topTwips(); }, [this](float v) { move(leftTwips(), v); }, "300");
+}
+
+void PlayerWindow::onLoad() {
+    createHostObject();
+    const ProductInfo& p = program().product();
+    setCaption(p.name + "    " + host().stationInfo().callsign + "   v" + p.versionText() + "      Balizas");
+    host().setPTT(false);
+    // Reading the beacon period runs its change handler: the countdown
+    // starts (or stops) at the full period.
+    m_binder.load(settings(), log());
+    restoreVolume(m_player.strip().volumeSlider(), m_player.strip().volSet(), log(), name(), kPlayerSettingsFile);
+}
+
+void PlayerWindow::onUnload() {
+    m_player.release();
+    m_beacons.reset();
+    m_ptt = nullptr;
+    m_dtmfCode = nullptr;
+}
+
+void PlayerWindow::saveData() { saveSettings(m_binder); }
+
+void PlayerWindow::onDTMFString(const std::string& digits) {
+    // The whole string, exactly; an empty code is switched off.
+    const std::string& code = m_dtmfCode->text();
+    if (!code.empty() && digits == code) m_player.playSelection(PlayTrigger::Unattended);
+}
+
+void PlayerWindow::onClosing() {
+    // Whatever fails on the way out, the program still ends.
+    ignoreErrors({[this] { host().setPTT(false); }, [this] { host().setDTR(false); }});
+    program().end("host closing");
+}
+
+Window::CloseDecision PlayerWindow::onQueryClose() {
+    const DialogAnswer answer =
+        dialogs().message({name(), "Exit Program", "Quit - Remember to save your settings - Are You Sure ? ",
+                           DialogIcon::Question, DialogButtons::YesNo});
+    if (answer != DialogAnswer::Yes) return CloseDecision::Cancel;
+    m_ptt->showPtt(false);
+    ignoreErrors([this] { host().setPTT(false); });
+    program().end("quit");
+}
+
+}  // namespace mv
