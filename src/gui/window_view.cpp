@@ -464,8 +464,13 @@ QWidget* WindowView::buildContainer(Container& container, QWidget* parent) {
             auto* layout = new QGridLayout(grid);
             tighten(*layout);
             const int columns = std::max(1, container.columns());
-            for (size_t i = 0; i < children.size(); ++i)
-                layout->addWidget(build(*children[i], grid), static_cast<int>(i) / columns, static_cast<int>(i) % columns);
+            for (size_t i = 0; i < children.size(); ++i) {
+                const int column = static_cast<int>(i) % columns;
+                layout->addWidget(build(*children[i], grid), static_cast<int>(i) / columns, column);
+                // Text fields take the width the grid has to spare (file paths, captions);
+                // labels and buttons keep the width their text needs.
+                if (children[i]->kind() == ControlKind::TextBox) layout->setColumnStretch(column, 1);
+            }
             bind(container, grid, [] {});
             return grid;
         }

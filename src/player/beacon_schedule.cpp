@@ -32,11 +32,11 @@ bool BeaconSchedule::namesMinute(std::string_view field, int minute) {
 BeaconSchedule::BeaconSchedule(WindowParts parts, Container& area, std::function<void()> playSelection)
     : m_window(parts.window()), m_play(std::move(playSelection)) {
     buildPeriodic(parts, area);
-    buildClockBeacons(parts, area);
-    buildMinuteBeacon(parts, area);
     auto& clockRow = area.add(parts.make<Container>("localClock", ContainerKind::Row));
     clockRow.add(parts.make<Label>("lblLocalTime", "Hora Local"));
     m_localTime = &clockRow.add(parts.make<Label>("LocalTime", "00:00:00"));
+    buildClockBeacons(parts, area);
+    buildMinuteBeacon(parts, area);
     parts.makeTimer("Timer5", 1000, true, [this] { clockTick(); });
 }
 

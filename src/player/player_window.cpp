@@ -28,17 +28,16 @@ std::string PlayerWindow::defaultFile(int row) {
 void PlayerWindow::build() {
     auto& root = make<Container>("playerRoot", ContainerKind::Column);
     setRoot(root);
-    auto& main = root.add(make<Container>("playerMain", ContainerKind::Row));
-    m_rows.build(parts(), main, {[this](int row) { m_player.playRow(row, PlayTrigger::Operator); },
+    m_rows.build(parts(), root, {[this](int row) { m_player.playRow(row, PlayTrigger::Operator); },
                                  [this](int row) { m_player.browse(row); }});
-    auto& side = main.add(make<Container>("playerSide", ContainerKind::Column));
-    buildSelection(side);
-    m_beacons = std::make_unique<BeaconSchedule>(parts(), side,
+    auto& selection = root.add(make<Container>("selectionRow", ContainerKind::Row));
+    buildSelection(selection);
+    m_ptt = &selection.add(make<Label>("PTT", kPttOff, kPttOffGreen));
+    auto& beacons = root.add(make<Container>("beacons", ContainerKind::Grid, "", 2));
+    m_beacons = std::make_unique<BeaconSchedule>(parts(), beacons,
                                                  [this] { m_player.playSelection(PlayTrigger::Unattended); });
-    m_ptt = &side.add(make<Label>("PTT", kPttOff, kPttOffGreen));
-
-    auto& strip = root.add(make<Container>("playerStrip", ContainerKind::Column));
-    buildButtons(strip);
+    buildButtons(root);
+    auto& strip = root.add(make<Container>("playerStrip", ContainerKind::Grid, "", 2));
     m_player.build(parts(), strip,
                    {m_rows, *controlAs<TextBox>("MaxRand"), *controlAs<OptionButton>("StopClock2"), *m_ptt});
     auto& windowButtons = root.add(make<Container>("windowButtons", ContainerKind::Row));
