@@ -4,12 +4,7 @@
 # two notes, the Internet tone falls in three, so a listener can tell at once
 # which side the over came from. Usage: make_tones.sh OUTPUT_FOLDER
 set -euo pipefail
-out="$1"
-mkdir -p "$out"
-tmp="$(mktemp -d)"
-trap 'rm -rf "$tmp"' EXIT
-
-rate=22050
+source "$(dirname "$0")/sound_common.sh" "$1"
 # One soft note: a sine with a touch of its octave, faded in and out so it
 # starts and ends without a click.
 note() {

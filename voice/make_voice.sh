@@ -3,23 +3,8 @@
 # for, spoken by espeak-ng in US English, plus two bells and a short silence
 # made with sox. Usage: make_voice.sh OUTPUT_FOLDER
 set -euo pipefail
-out="$1"
-mkdir -p "$out"
-tmp="$(mktemp -d)"
-trap 'rm -rf "$tmp"' EXIT
-
-rate=22050
-# Every file is cut where its sound begins and ends, so the words of an
-# announcement follow one another on the air with no silence of their own
-# between them, the way a talking clock's recorded words run together.
-trim_edges() {
-  sox -V1 "$1" -r "$rate" -c 1 -b 16 "$2" silence 1 0.001 0.5% reverse silence 1 0.001 0.5% reverse
-}
-say() {
-  local name="$1" text="$2"
-  espeak-ng -v en-us -s 150 -w "$tmp/raw.wav" "$text"
-  trim_edges "$tmp/raw.wav" "$out/$name.wav"
-}
+source "$(dirname "$0")/sound_common.sh" "$1"
+speak() { say "$out/$1.wav" "$2"; }
 
 numbers=(zero one two three four five six seven eight nine ten eleven twelve thirteen fourteen
          fifteen sixteen seventeen eighteen nineteen)
@@ -29,17 +14,17 @@ for n in $(seq 0 59); do
   elif [ $((n % 10)) -eq 0 ]; then word="${tens[$((n / 10))]}"
   else word="${tens[$((n / 10))]} ${numbers[$((n % 10))]}"
   fi
-  say "$(printf '%02d' "$n")" "$word"
+  speak "$(printf '%02d' "$n")" "$word"
 done
 
-say TheTimeIs "The time is"
-say Hour "hours"
-say Minutes "minutes"
-say AM "A M"
-say PM "P M"
-say GoodMorning "Good morning"
-say GoodAfternoon "Good afternoon"
-say GoodEvening "Good evening"
+speak TheTimeIs "The time is"
+speak Hour "hours"
+speak Minutes "minutes"
+speak AM "A M"
+speak PM "P M"
+speak GoodMorning "Good morning"
+speak GoodAfternoon "Good afternoon"
+speak GoodEvening "Good evening"
 
 # Bells: struck tones that die away. The first falls a third, the second
 # rises through three notes.

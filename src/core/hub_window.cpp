@@ -281,39 +281,31 @@ void HubWindow::buildLanguageTab(Container& page) {
 
 void HubWindow::bindSettings() {
     m_binder = SettingsBinder(kClockSettingsFile, kClockReadBuffer, name());
-    auto text = [this](const std::string& key, const std::string& def) {
-        m_binder.bindText(key, *controlAs<TextBox>(key), def);
-    };
-    auto check = [this](const std::string& key, const std::string& def) {
-        m_binder.bindCheck(key, *controlAs<CheckBox>(key), def);
-    };
-    auto option = [this](const std::string& key, const std::string& def) {
-        m_binder.bindOption(key, *controlAs<OptionButton>(key), def);
-    };
+    auto bind = [this](const std::string& key, const std::string& def) { bindSetting(m_binder, key, def); };
     const std::string folder = program().defaultVoiceFolder();
-    text("TEXT37", kDefaultConference);
-    text("TEXT38", "");
-    text("TEXT39", "");
-    check("CHECK3", "1");
-    check("CONDISC", "1");
-    text("FILELOCATION", folder);
-    text("VOLSET", "0");
+    bind("TEXT37", kDefaultConference);
+    bind("TEXT38", "");
+    bind("TEXT39", "");
+    bind("CHECK3", "1");
+    bind("CONDISC", "1");
+    bind("FILELOCATION", folder);
+    bind("VOLSET", "0");
     const char* optionDefaults[] = {"0", "1", "1", "0", "1", "0", "0", "0", "0", "0"};
-    for (int i = 1; i <= 10; ++i) option("OPTION" + std::to_string(i), optionDefaults[i - 1]);
-    check("ONHOUR", "1");
-    check("QUARTERHOUR", "1");
-    check("HALFHOUR", "1");
-    text("DTMFTIME", "123");
-    check("AMPM", "1");
-    option("OPTIONWAV", "1");
-    option("OPTIONMP3", "0");
-    check("CHECK1", "1");
-    check("CHECK2", "1");
-    text("TEXT4", folder);
-    for (int i = 5; i <= 8; ++i) text("TEXT" + std::to_string(i), "");
+    for (int i = 1; i <= 10; ++i) bind("OPTION" + std::to_string(i), optionDefaults[i - 1]);
+    bind("ONHOUR", "1");
+    bind("QUARTERHOUR", "1");
+    bind("HALFHOUR", "1");
+    bind("DTMFTIME", "123");
+    bind("AMPM", "1");
+    bind("OPTIONWAV", "1");
+    bind("OPTIONMP3", "0");
+    bind("CHECK1", "1");
+    bind("CHECK2", "1");
+    bind("TEXT4", folder);
+    for (int i = 5; i <= 8; ++i) bind("TEXT" + std::to_string(i), "");
     const char* voiceTypeDefaults[] = {"1", "0", "0", "1", "0", "1", "1", "0", "0", "1"};
-    for (int i = 11; i <= 20; ++i) option("OPTION" + std::to_string(i), voiceTypeDefaults[i - 11]);
-    for (const CaptionField& f : captionFields()) text(f.key, f.defaultText);
+    for (int i = 11; i <= 20; ++i) bind("OPTION" + std::to_string(i), voiceTypeDefaults[i - 11]);
+    for (const CaptionField& f : captionFields()) bind(f.key, f.defaultText);
     bindWindowPosition(m_binder, "300");
 }
 

@@ -1,6 +1,7 @@
 #include "core/window.h"
 
 #include <cctype>
+#include <stdexcept>
 
 #include "core/errors.h"
 #include "core/event_log.h"
@@ -138,6 +139,18 @@ std::string Window::setModuleCaption(const std::string& tag) {
     std::string callsign = host().stationInfo().callsign;
     setCaption(p.name + "    " + callsign + "   v" + p.versionText() + tag);
     return callsign;
+}
+
+void Window::bindSetting(SettingsBinder& binder, const std::string& key, const std::string& defaultValue) {
+    Control* c = control(key);
+    if (auto* box = dynamic_cast<TextBox*>(c))
+        binder.bindText(key, *box, defaultValue);
+    else if (auto* check = dynamic_cast<CheckBox*>(c))
+        binder.bindCheck(key, *check, defaultValue);
+    else if (auto* option = dynamic_cast<OptionButton*>(c))
+        binder.bindOption(key, *option, defaultValue);
+    else
+        throw std::logic_error("window " + m_name + " has no settings control " + key);
 }
 
 Scheduler& Window::scheduler() { return m_program.scheduler(); }

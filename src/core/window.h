@@ -127,6 +127,9 @@ protected:
     // blanks, the node's callsign (asked of the host), "   v", the version,
     // then the window's own tag. Returns the callsign it read.
     std::string setModuleCaption(const std::string& tag);
+    // Binds the control named like `key` (a text box, check box or option
+    // button) to `binder` under that key.
+    void bindSetting(SettingsBinder& binder, const std::string& key, const std::string& defaultValue);
     // A save button: writes every key of `binder` as one replace of its file
     // and tells the operator how it went in the status line (and the log,
     // naming the file and the cause, when it failed; the old file is then

@@ -67,41 +67,29 @@ void PlayerWindow::buildButtons(Container& area) {
 
 void PlayerWindow::bindSettings() {
     m_binder = SettingsBinder(kPlayerSettingsFile, kPlayerReadBuffer, name());
-    auto text = [this](const std::string& key, const std::string& def) {
-        m_binder.bindText(key, *controlAs<TextBox>(key), def);
-    };
-    auto check = [this](const std::string& key, const std::string& def) {
-        m_binder.bindCheck(key, *controlAs<CheckBox>(key), def);
-    };
-    auto option = [this](const std::string& key, const std::string& def) {
-        m_binder.bindOption(key, *controlAs<OptionButton>(key), def);
-    };
+    auto bind = [this](const std::string& key, const std::string& def) { bindSetting(m_binder, key, def); };
     // Read at load and written by "Salvar Configuracion" in this one order.
-    text("TEXT5", "15");
-    text("VOLSET", "0");
-    check("ONHOUR", "0");
-    check("HALFHOUR", "0");
-    check("QUARTERHOUR", "0");
-    text("BEACONPERIOD1", "15");
-    text("BEACONPERIOD3", "15");
-    check("STOPCLOCK3", "0");
-    text("TEXT4", "");
-    text("MAXRAND", "20");
-    for (int row = 1; row <= FileRows::kCount; ++row) text(FileRows::fileKey(row), defaultFile(row));
-    for (int row = 1; row <= FileRows::kCount; ++row) option("OPTION" + std::to_string(row), row == 1 ? "1" : "0");
-    option("STOPCLOCK0", "0");
-    check("STOPCLOCK1", "0");
-    option("STOPCLOCK2", "1");
-    m_binder.bindPosition(
-        "LEFT", [this] { return leftTwips(); }, [this](float v) { move(v, topTwips()); }, "300");
-    m_binder.bindPosition(
-        "TOP", [this] { return topTwips(); }, [this](float v) { move(leftTwips(), v); }, "300");
+    bind("TEXT5", "15");
+    bind("VOLSET", "0");
+    bind("ONHOUR", "0");
+    bind("HALFHOUR", "0");
+    bind("QUARTERHOUR", "0");
+    bind("BEACONPERIOD1", "15");
+    bind("BEACONPERIOD3", "15");
+    bind("STOPCLOCK3", "0");
+    bind("TEXT4", "");
+    bind("MAXRAND", "20");
+    for (int row = 1; row <= FileRows::kCount; ++row) bind(FileRows::fileKey(row), defaultFile(row));
+    for (int row = 1; row <= FileRows::kCount; ++row) bind("OPTION" + std::to_string(row), row == 1 ? "1" : "0");
+    bind("STOPCLOCK0", "0");
+    bind("STOPCLOCK1", "0");
+    bind("STOPCLOCK2", "1");
+    bindWindowPosition(m_binder, "300");
 }
 
 void PlayerWindow::onLoad() {
     createHostObject();
-    const ProductInfo& p = program().product();
-    setCaption(p.name + "    " + host().stationInfo().callsign + "   v" + p.versionText() + "      Balizas");
+    setModuleCaption("      Balizas");
     host().setPTT(false);
     // Reading the beacon period runs its change handler: the countdown
     // starts (or stops) at the full period.

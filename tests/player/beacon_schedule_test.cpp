@@ -65,18 +65,15 @@ TEST_F(BeaconTest, QuartersAndHalfHourAtTheirMinutesAndTheBusyTestHoldsThemBack)
     runTo(12, 59, 0);
     EXPECT_EQ(keyTimes(), (std::vector<int64_t>{at(12, 15, 5), at(12, 30, 5), at(12, 45, 5)}));
     // Each of the three flags of the busy test holds a beacon back.
-    runTo(13, 15, 4);
-    suite->host().setBusy(true);
-    runTo(13, 15, 6);
-    suite->host().setBusy(false);
-    runTo(13, 30, 4);
-    suite->host().setReceiving(true);
-    runTo(13, 30, 6);
-    suite->host().setReceiving(false);
-    runTo(13, 45, 4);
-    suite->host().setCarrier(true);
-    runTo(13, 45, 6);
-    suite->host().setCarrier(false);
+    SimulatedHost& host = suite->host();
+    const std::pair<int, void (SimulatedHost::*)(bool)> flags[] = {
+        {15, &SimulatedHost::setBusy}, {30, &SimulatedHost::setReceiving}, {45, &SimulatedHost::setCarrier}};
+    for (const auto& [minute, set] : flags) {
+        runTo(13, minute, 4);
+        (host.*set)(true);
+        runTo(13, minute, 6);
+        (host.*set)(false);
+    }
     runTo(14, 0, 30);
     EXPECT_EQ(keyTimes().size(), 3u);
 }

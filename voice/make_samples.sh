@@ -5,21 +5,7 @@
 #   Welcome.wav  a short spoken welcome to the node (espeak-ng)
 # Usage: make_samples.sh OUTPUT_FOLDER
 set -euo pipefail
-out="$1"
-mkdir -p "$out"
-tmp="$(mktemp -d)"
-trap 'rm -rf "$tmp"' EXIT
-
-rate=22050
-# Cut where the sound begins and ends, so a beacon keys the transmitter for
-# its sound and not for silence at either end.
-trim_edges() {
-  sox -V1 "$1" -r "$rate" -c 1 -b 16 "$2" silence 1 0.001 0.5% reverse silence 1 0.001 0.5% reverse
-}
-say() {
-  espeak-ng -v en-us -s 150 -w "$tmp/raw.wav" "$2"
-  trim_edges "$tmp/raw.wav" "$1"
-}
+source "$(dirname "$0")/sound_common.sh" "$1"
 note() {
   local file="$1" freq="$2" len="$3"
   sox -n -r "$rate" -c 1 -b 16 "$file" synth "$len" sine "$freq" fade q 0.01 "$len" 0.25 gain -4
