@@ -4,6 +4,7 @@
 #include <optional>
 
 #include "core/host_link.h"
+#include "core/local_time_label.h"
 #include "core/number_text.h"
 #include "core/program.h"
 
@@ -32,9 +33,8 @@ bool BeaconSchedule::namesMinute(std::string_view field, int minute) {
 BeaconSchedule::BeaconSchedule(WindowParts parts, Container& area, std::function<void()> playSelection)
     : m_window(parts.window()), m_play(std::move(playSelection)) {
     buildPeriodic(parts, area);
-    auto& clockRow = area.add(parts.make<Container>("localClock", ContainerKind::Row));
-    clockRow.add(parts.make<Label>("lblLocalTime", "Hora Local"));
-    m_localTime = &clockRow.add(parts.make<Label>("LocalTime", "00:00:00"));
+    addLocalTimeLabel(parts, area.add(parts.make<Container>("localClock", ContainerKind::Row)), "LocalTime",
+                      "Hora Local");
     buildClockBeacons(parts, area);
     buildMinuteBeacon(parts, area);
     parts.makeTimer("Timer5", 1000, true, [this] { clockTick(); });
@@ -79,7 +79,6 @@ void BeaconSchedule::settleSeconds() {
 
 void BeaconSchedule::clockTick() {
     Scheduler& scheduler = m_window.program().scheduler();
-    m_localTime->setCaption(scheduler.wallNow().timeText());
     scheduler.processPendingEvents();
     // This tick compares with the text it found, even when that is pulled
     // back into range now; the corrected value counts from the next tick.

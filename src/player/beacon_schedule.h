@@ -20,8 +20,8 @@ public:
     // Builds the beacon controls inside `area` and starts the clock tick.
     BeaconSchedule(WindowParts parts, Container& area, std::function<void()> playSelection);
 
-    // Timer5: the local clock, the seconds field's range, then, with the
-    // channel free, the minute, hour, quarter and half-hour beacons.
+    // Timer5: the seconds field's range, then, with the channel free, the
+    // minute, hour, quarter and half-hour beacons.
     void clockTick();
     PeriodCountdown& periodic() { return *m_periodic; }
 
@@ -48,7 +48,6 @@ private:
     CheckBox* m_halfHour = nullptr;    // HALFHOUR "Medias Horas"
     CheckBox* m_minuteBox = nullptr;   // STOPCLOCK3 "Use"
     TextBox* m_minute = nullptr;       // BEACONPERIOD3
-    Label* m_localTime = nullptr;
 };
 
 }  // namespace mv
