@@ -1,7 +1,10 @@
 #include "player/player_window.h"
 
 #include "core/dialogs.h"
+#include "core/dtmf_code.h"
 #include "core/errors.h"
+#include "core/event_log.h"
+#include "core/module_surfaces.h"
 #include "core/program.h"
 
 namespace mv {
@@ -107,9 +110,12 @@ void PlayerWindow::onUnload() {
 void PlayerWindow::saveData() { saveSettings(m_binder); }
 
 void PlayerWindow::onDTMFString(const std::string& digits) {
-    // The whole string, exactly; an empty code is switched off.
     const std::string& code = m_dtmfCode->text();
-    if (!code.empty() && digits == code) m_player.playSelection(PlayTrigger::Unattended);
+    if (!dtmfCodeMatches(digits, code)) return;
+    // While the clock speaks the request is dropped; the log says why.
+    log().dtmfCommand(name(), code, "Fichero Audio Baliza",
+                      showsPttOn(program(), "hub") ? "the talking clock is on the air" : "");
+    m_player.playSelection(PlayTrigger::Unattended);
 }
 
 void PlayerWindow::onClosing() {

@@ -68,6 +68,7 @@ TEST_F(SelectionTest, NothingPlaysWhileTheClockSpeaksAndTheCodeWorksAgainAfter) 
     run(0);
     EXPECT_EQ(playerPtt(true), 0u);
     EXPECT_TRUE(runs().empty());
+    EXPECT_EQ(logCount("the talking clock is on the air"), 1u) << "the log says why the code did nothing";
     runTo(10, 0, 30);
     ASSERT_FALSE(showsPttOn(suite->program(), "hub"));
     suite->host().receiveDTMF("#7");
