@@ -18,6 +18,8 @@ std::string formatDuration(double seconds) {
     const long long whole = static_cast<long long>(std::trunc(seconds));
     if (whole < 1) return "00:00:00";
     const long long h = whole / 3600;
+    // The 25th hour still reads as "24:mm:ss", so the display runs on without
+    // a jump to the cap that every longer file shows.
     if (h > 24) return "24:59:59";
     const long long m = (whole - h * 3600) / 60;
     const long long s = whole - (whole / 60) * 60;
