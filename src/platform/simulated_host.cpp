@@ -106,6 +106,7 @@ private:
             --m_host.m_busyRefusals;
             throw HostBusyError(std::string(call) + ": the host is busy");
         }
+        m_host.drawFault(call, m_window, args);
         m_host.record(m_window, call, std::move(args));
         if (m_host.m_failing.count(call)) throw HostError(std::string(call) + " failed in the host");
     }
@@ -219,6 +220,31 @@ void SimulatedHost::setFailing(const std::string& call, bool failing) {
         m_failing.insert(call);
     else
         m_failing.erase(call);
+}
+
+void SimulatedHost::setRandomFaults(double failShare, double busyShare, uint32_t seed) {
+    m_failShare = std::clamp(failShare, 0.0, 1.0);
+    m_busyShare = std::clamp(busyShare, 0.0, 1.0 - m_failShare);
+    if (m_failShare == 0 && m_busyShare == 0)
+        m_faultRandom.reset();
+    else
+        m_faultRandom.emplace(seed);
+}
+
+void SimulatedHost::drawFault(const char* call, const std::string& window, std::vector<std::string>& args) {
+    if (!m_faultRandom) return;
+    ++m_faultCounts.calls;
+    const double draw = std::uniform_real_distribution<double>(0.0, 1.0)(*m_faultRandom);
+    if (draw < m_busyShare) {
+        ++m_faultCounts.refused;
+        throw HostBusyError(std::string(call) + ": the host is busy");
+    }
+    if (draw < m_busyShare + m_failShare) {
+        ++m_faultCounts.failed;
+        // A failed call reached the host, so it is in the record like any other.
+        record(window, call, std::move(args));
+        throw HostError(std::string(call) + " failed in the host");
+    }
 }
 
 void SimulatedHost::record(const std::string& window, const std::string& call, std::vector<std::string> args) {

@@ -99,6 +99,17 @@ public:
     void refuseAsBusy(int calls) { m_busyRefusals = calls; }
     // Deliver each event to the windows in a shuffled order.
     void shuffleDelivery(uint32_t seed);
+    // A flaky node: from now on each call, drawn from a generator seeded with
+    // `seed`, fails with a host error (recorded, without its effect) with
+    // probability `failShare`, or is refused as busy (not recorded) with
+    // probability `busyShare`. Both 0 turns it off.
+    void setRandomFaults(double failShare, double busyShare, uint32_t seed);
+    struct FaultCounts {
+        uint64_t calls = 0;   // calls made while random faults were on
+        uint64_t failed = 0;  // of those, failed with a host error
+        uint64_t refused = 0; // of those, refused as busy
+    };
+    const FaultCounts& faultCounts() const { return m_faultCounts; }
 
     // Called by the host objects.
     void record(const std::string& window, const std::string& call, std::vector<std::string> args);
@@ -121,6 +132,8 @@ private:
     void raise(const std::function<void(HostEvents&)>& deliver);
     void keyToneUntil(int64_t endMs);
     void changed();
+    // Throws the fault the random fault mode draws for this call, if any.
+    void drawFault(const char* call, const std::string& window, std::vector<std::string>& args);
     void after(int delayMs, std::function<void()> action);
 
     Scheduler& m_scheduler;
@@ -140,6 +153,10 @@ private:
     std::set<std::string> m_failing;
     int m_busyRefusals = 0;
     std::optional<std::mt19937> m_shuffle;
+    std::optional<std::mt19937_64> m_faultRandom;
+    double m_failShare = 0;
+    double m_busyShare = 0;
+    FaultCounts m_faultCounts;
     std::vector<std::unique_ptr<Timer>> m_pending;
     std::function<void(const Command&)> m_commandListener;
     std::function<void(const ToneBurst&)> m_toneSink;

@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include "core/errors.h"
 #include "core/event_log.h"
 #include "core/scheduler.h"
@@ -124,6 +126,47 @@ TEST_F(SimulatedHostTest, FaultsCanBeInjectedAndEveryCommandIsRecorded) {
     EXPECT_EQ(host.countCommands("SetPTT", "hub"), 1u);
     EXPECT_EQ(host.countCommands("SendChatText"), 1u);
     EXPECT_EQ(host.commands().back().args, (std::vector<std::string>{"hello"}));
+}
+
+TEST_F(SimulatedHostTest, RandomFaultsFailTheirShareWithoutEffectAndRepeatPerSeed) {
+    auto obj = host.createObject("hub", nullptr);
+    // Keys and releases in turn; a call that faults must leave the line as it was.
+    auto drive = [&](SimulatedHost& h, HostObject& o) {
+        std::string outcomes;
+        for (int i = 0; i < 2000; ++i) {
+            const bool before = h.pttKeyed();
+            try {
+                o.setPTT(i % 2 == 0);
+                outcomes += 'o';
+            } catch (const HostBusyError&) {
+                outcomes += 'b';
+            } catch (const HostError&) {
+                outcomes += 'f';
+            }
+            if (outcomes.back() != 'o') EXPECT_EQ(h.pttKeyed(), before) << "call " << i;
+            else EXPECT_EQ(h.pttKeyed(), i % 2 == 0) << "call " << i;
+        }
+        return outcomes;
+    };
+    host.setRandomFaults(0.10, 0.05, 7);
+    const std::string first = drive(host, *obj);
+    const auto& counts = host.faultCounts();
+    EXPECT_EQ(counts.calls, 2000u);
+    EXPECT_EQ(counts.failed, static_cast<uint64_t>(std::count(first.begin(), first.end(), 'f')));
+    EXPECT_EQ(counts.refused, static_cast<uint64_t>(std::count(first.begin(), first.end(), 'b')));
+    EXPECT_NEAR(counts.failed / 2000.0, 0.10, 0.025);
+    EXPECT_NEAR(counts.refused / 2000.0, 0.05, 0.02);
+    // A failed call reached the host and is recorded; a busy refusal is not.
+    EXPECT_EQ(host.countCommands("SetPTT"), 2000u - counts.refused);
+
+    // The same seed gives the same faults on another node.
+    SimulatedHost again{scheduler, log};
+    auto obj2 = again.createObject("hub", nullptr);
+    again.setRandomFaults(0.10, 0.05, 7);
+    EXPECT_EQ(drive(again, *obj2), first);
+
+    host.setRandomFaults(0, 0, 0);
+    EXPECT_EQ(drive(host, *obj).find_first_not_of('o'), std::string::npos);
 }
 
 }  // namespace
