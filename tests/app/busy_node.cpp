@@ -144,6 +144,7 @@ private:
         code("hub", "TEXT39", "72");
         code("hub", "DTMFTIME", "123");
         code("courtesy", "TEXT4", "81");
+        code("player", "TEXT4", "51");
         code("courtesy", "TEXT5", "80");
         code("dtmf", "TEXT1111", "91");
         code("dtmf", "TEXT2222", "90");
