@@ -8,20 +8,12 @@
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
 #include <string>
 
 #include "event_flood.h"
+#include "resident_memory.h"
 
-namespace {
-// Resident set size of this process in kB (VmRSS), 0 when unknown.
-double residentKb() {
-    std::ifstream status("/proc/self/status");
-    for (std::string line; std::getline(status, line);)
-        if (line.rfind("VmRSS:", 0) == 0) return std::stod(line.substr(6));
-    return 0;
-}
-}  // namespace
+using mv::bench::residentKb;
 
 int main(int argc, char** argv) {
     mv::test::FloodOptions o;

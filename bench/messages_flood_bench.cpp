@@ -6,21 +6,15 @@
 
 #include <chrono>
 #include <filesystem>
-#include <fstream>
 #include <string>
 
 #include "app/suite.h"
 #include "messages/messages_window.h"
+#include "resident_memory.h"
 
 namespace {
 
-// Resident set size of this process in kB (VmRSS), 0 when unknown.
-double residentKb() {
-    std::ifstream status("/proc/self/status");
-    for (std::string line; std::getline(status, line);)
-        if (line.rfind("VmRSS:", 0) == 0) return std::stod(line.substr(6));
-    return 0;
-}
+using mv::bench::residentKb;
 
 std::string message(int i) {
     static const char* const calls[] = {"EA4XYZ-L", "K1ABC", "LU7DW-R", "G4ABC", "VK2XYZ", "JA1ZZZ"};
