@@ -90,14 +90,18 @@ void AnnouncementComposer::abandon(const std::string& path) {
     // off, and everything set for a clean start, so the next announcement
     // works as soon as the files are back. (Left half-way, the chain would
     // wait forever and the next start would find nothing to play.)
+    endChain();
+    m_ctx.player.cleanUp();
+    m_ctx.player.elapsedDisplay().setText(m_ctx.player.lengthDisplay().text());
+    if (m_ctx.voiceFilesMissing) m_ctx.voiceFilesMissing(path, "");
+}
+
+void AnnouncementComposer::endChain() {
     m_ctx.setPollEnabled(false);
     m_ctx.player.keyOff();
-    m_ctx.player.cleanUp();
     m_sequenceActive = false;
     m_step = startValue();
     m_nextStep = m_step;
-    m_ctx.player.elapsedDisplay().setText(m_ctx.player.lengthDisplay().text());
-    if (m_ctx.voiceFilesMissing) m_ctx.voiceFilesMissing(path, "");
 }
 
 void AnnouncementComposer::applySliders() { m_ctx.player.applySliders(); }
@@ -115,7 +119,15 @@ void AnnouncementComposer::playNext() {
 void AnnouncementComposer::pollSequence() {
     if (!m_ctx.player.fileEnded()) return;
     const bool words = m_ctx.words.ticked();
-    auto play = [this](int step, int after) {
+    // The operator may change the announcement's form while it is on the
+    // air: a word or bell step the new form leaves out passes on to the step
+    // that follows it, so the announcement finishes in the new form.
+    if (m_nextStep == 11 && !m_ctx.prefix.ticked()) m_nextStep = 1;
+    if (!words && m_nextStep == 22) m_nextStep = 3;
+    if (!words && m_nextStep == 33) m_nextStep = 4;
+    bool followed = false;
+    auto play = [this, &followed](int step, int after) {
+        followed = true;
         m_fileName.clear();
         m_step = step;
         playNext();
@@ -131,6 +143,10 @@ void AnnouncementComposer::pollSequence() {
     if (m_nextStep == 3 && !play(3, 11)) return;
     if (words && m_nextStep == 33 && !play(33, 11)) return;
     if (m_nextStep == 4) play(4, startValue());
+    // The poll keyed the transmitter, so the poll releases it: a file that
+    // has ended with nothing to follow it ends the announcement here rather
+    // than holding the air until something else happens to reset the chain.
+    if (!followed) endChain();
 }
 
 bool AnnouncementComposer::holdsTheAir() const { return m_sequenceActive && m_ctx.pollEnabled(); }

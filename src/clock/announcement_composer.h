@@ -78,6 +78,9 @@ private:
     std::string prefixFile(bool blankWhenOff) const;
     void loadStepFile(int step);
     void abandon(const std::string& error);
+    // Ends the chain: the poll off, the transmitter released, Step and
+    // NextStep set for a clean start.
+    void endChain();
 
     ComposerContext m_ctx;
     int m_step = 0;  // 0: no step (also "empty" at start-up)

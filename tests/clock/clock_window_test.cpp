@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <functional>
 #include <sstream>
 
 #include <sndfile.h>
@@ -236,6 +237,48 @@ TEST_F(ClockTest, WordsOffAndTwelveHourAndGreetings) {
     EXPECT_STREQ(AnnouncementComposer::greetingFor(12), "GoodAfternoon");
     EXPECT_STREQ(AnnouncementComposer::greetingFor(17), "GoodAfternoon");
     EXPECT_STREQ(AnnouncementComposer::greetingFor(18), "GoodEvening");
+}
+
+TEST_F(ClockTest, ChangingTheAnnouncementsFormWhileItIsOnTheAirStillEndsItReleased) {
+    // The operator unticks "Hr / Min" while "Hour" is being said, or the bell
+    // box while the bell rings: the announcement goes on in the new form and
+    // the transmitter is released after its last word, not left keyed.
+    struct Change {
+        const char* what;
+        const char* during;
+        std::function<void()> act;
+        std::vector<std::string> heard;
+    };
+    auto tick = [&](const char* box) { return [this, box] { clock->controlAs<CheckBox>(box)->click(); }; };
+    const Change changes[] = {
+        {"words off", "Hour", tick("CHECK1"), {"DingDong", "TheTimeIs", "14", "Hour", "00", "PM"}},
+        {"bell off", "DingDong", tick("CHECK2"), {"DingDong", "TheTimeIs", "14", "Hour", "00", "Minutes", "PM"}},
+        // Whatever the chain holds, a word that ends with nothing to follow
+        // it ends the announcement released.
+        {"no next step", "Hour", [this] { clock->composer().setNextStep(7); }, {"DingDong", "TheTimeIs", "14", "Hour"}},
+    };
+    for (const Change& c : changes) {
+        SCOPED_TRACE(c.what);
+        start({2026, 11, 22, 13, 59, 58, 0});
+        for (int i = 0; i < 3000 && (spoken().empty() || spoken().back() != c.during); ++i) run(10);
+        ASSERT_FALSE(spoken().empty());
+        ASSERT_EQ(spoken().back(), c.during);
+        operate(c.act);
+        run(30000);
+        EXPECT_EQ(spoken(), c.heard);
+        EXPECT_FALSE(suite->host().pttKeyed());
+        EXPECT_EQ(clock->controlAs<Label>("PTT")->caption(), "PTT OFF");
+        // The next announcement starts from a clean chain.
+        logText.str("");
+        operate([&] { static_cast<Button*>(clock->findByCaption("Say The Time"))->click(); });
+        run(30000);
+        EXPECT_FALSE(spoken().empty());
+        EXPECT_EQ(spoken().back(), "PM");
+        EXPECT_FALSE(suite->host().pttKeyed());
+        suite.reset();
+        logText.str("");
+        std::filesystem::remove_all(settingsDir());
+    }
 }
 
 TEST_F(ClockTest, AVoiceWithoutAFolderCannotBeChosen) {
