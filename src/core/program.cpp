@@ -123,7 +123,9 @@ void Program::finish(const std::string& reason) {
 void Program::releaseTransmitter() {
     // Whatever a window did or failed to do, the run's last word to the host
     // is the release. A failure is logged by the call log; nothing more can
-    // be done about it here.
+    // be done about it here. Morse the host is still sending keys on until it
+    // ends: the host link has no command to stop it, which is why the fields
+    // whose text the host sends as Morse are kept short.
     try {
         HostCallLog host(m_services.host.createObject("program", nullptr), "program", *this);
         // Logged even when the transmitter is already known to be released:

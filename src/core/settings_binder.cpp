@@ -51,7 +51,16 @@ void SettingsBinder::apply(const Entry& e, const std::string& text, EventLog& lo
         return e.defaultValue;
     };
     switch (e.kind) {
-        case Kind::Text: static_cast<TextBox*>(e.control)->setText(text); return;
+        case Kind::Text: {
+            TextBox& box = *static_cast<TextBox*>(e.control);
+            box.setText(text);
+            // A field with a length limit keeps the start of a longer stored
+            // text; say so, since the file no longer matches what is used.
+            if (box.maxLength() > 0 && box.text().size() < text.size() && text.starts_with(box.text()))
+                log.error(m_window, m_fileName + ": " + e.key + " is longer than " + std::to_string(box.maxLength()) +
+                                        " characters; using \"" + box.text() + "\"");
+            return;
+        }
         case Kind::Check: {
             int v = 0;
             if (!setting::parseCheck(text, v)) setting::parseCheck(fallback("check-box"), v);

@@ -47,6 +47,7 @@ void CourtesyEngine::build(WindowParts parts, Container& settingsArea, Container
         grid.add(parts.make<Label>(std::string("lbl") + name, label));
         TextBox& box = grid.add(parts.make<TextBox>(name, letter));
         box.setUpperCase(true);
+        box.setMaxLength(kCourtesyLetterMaxLength);
         button(test, "Prueba", [this, &box] {
             if (enabled()) sendLetter(box);
         });

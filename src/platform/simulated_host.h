@@ -62,6 +62,8 @@ public:
     bool busy() const { return m_busy; }
     bool pttKeyed() const { return m_ptt; }
     bool transmitting() const;
+    // Until when the host keys itself for the Morse and DTMF tones it was given.
+    int64_t toneKeyedUntilMs() const { return m_toneKeyedUntil; }
     bool dtr() const { return m_dtr; }
     bool rts() const { return m_rts; }
     struct Station {

@@ -14,7 +14,9 @@
 #include "app/suite.h"
 #include "core/controls.h"
 #include "core/errors.h"
+#include "courtesy/courtesy_engine.h"
 #include "platform/audio/air_mixer.h"
+#include "platform/morse.h"
 
 namespace mv::test {
 namespace {
@@ -520,7 +522,17 @@ MonkeyReport runOperatorMonkey(const MonkeyOptions& options) {
         program.shutdown("scenario");
     suite.air().mixer().catchUp();
     suite.air().mixer().setTap(nullptr);
-    if (suite.host().transmitting()) report.failures.push_back("the run ended with the transmitter keyed");
+    // The suite's own key must be off at the end. Morse the host was given
+    // just before the end goes on keying by itself (the host link cannot stop
+    // it), for at most the length of the longest courtesy letter; longer is a
+    // text the suite should never have handed over.
+    const int64_t hostMorseLeftMs = suite.host().toneKeyedUntilMs() - suite.scheduler().now();
+    const int64_t longestLetterMs =
+        morse::durationMs(std::string(kCourtesyLetterMaxLength, '0'), suite.host().cwWpm);
+    if (suite.host().pttKeyed()) report.failures.push_back("the run ended with the transmitter keyed");
+    else if (hostMorseLeftMs > longestLetterMs)
+        report.failures.push_back("the run ended with the host keying itself for " + std::to_string(hostMorseLeftMs) +
+                                  " ms more");
     report.longestKeyedSilenceMs = watch.longestMs();
     report.logLines = checked.lines();
     report.logTail = checked.tail();

@@ -102,6 +102,25 @@ TEST_F(CourtesyEngineTest, MorseLettersComeFromTheirFieldsInUpperCaseAndTheTestB
     EXPECT_EQ(count("SetPTT"), 0u);
 }
 
+TEST_F(CourtesyEngineTest, ALetterStaysShortSoTheHostsOwnKeyingEndsSoonWhateverWasTypedOrStored) {
+    // The host keys the transmitter itself for as long as the Morse lasts and
+    // cannot be told to stop: a letter of hundreds of characters would hold
+    // the node on the air for minutes, past the end of the run.
+    start("[SETTINGS]\nIPCOURTESY=" + std::string(300, 'I') + "\n");
+    EXPECT_EQ(text("IPCourtesy").text(), "IIII");
+    EXPECT_EQ(logCount("IPCOURTESY is longer than 4 characters; using \\\"IIII\\\""), 1u);
+    bool allTyped = true;
+    operate([&] { allTyped = text("CourtesyID").typeText(std::string(300, 'w')); });
+    EXPECT_FALSE(allTyped) << "the field refuses what does not fit";
+    EXPECT_EQ(text("CourtesyID").text(), "WWWW");
+    click("btnTestRFCW");
+    internetOver(1000, 2000);
+    at(2100);
+    EXPECT_EQ(cwLetters(), (std::vector<std::string>{"WWWW", "IIII"}));
+    at(2000 + 8000);
+    EXPECT_FALSE(suite->host().transmitting()) << "both letters sent and the host unkeyed within seconds";
+}
+
 TEST_F(CourtesyEngineTest, TheDtmfCodesSwitchTheCourtesyAndAnEmptyCodeMatchesNothing) {
     start();
     operate([&] {
