@@ -8,6 +8,7 @@
 #include "messages/history_window.h"
 #include "messages/messages_window.h"
 #include "player/player_window.h"
+#include "platform/running_program.h"
 
 namespace mv {
 
@@ -71,10 +72,10 @@ namespace {
 std::string installedSoundFolder(const char* subfolder, const char* probeFile, const char* buildDir,
                                  const char* installDir) {
     std::error_code ec;
-    const std::filesystem::path exe = std::filesystem::read_symlink("/proc/self/exe", ec);
-    if (!ec) {
+    const std::filesystem::path exe = runningProgramPath();
+    if (!exe.empty()) {
         const std::filesystem::path beside = exe.parent_path().parent_path() / "share" / "marrowvane" / subfolder;
-        if (std::filesystem::exists(beside / probeFile, ec)) return beside.string() + "/";
+        if (std::filesystem::exists(beside / probeFile, ec)) return (beside / "").string();
     }
     if (std::filesystem::exists(std::filesystem::path(buildDir) / probeFile, ec)) return std::string(buildDir) + "/";
     return std::string(installDir) + "/";

@@ -24,7 +24,11 @@ LocalDateTime RealClock::localTimeAt(int64_t mono) const {
         (monotonicMs() - mono);
     const std::time_t secs = static_cast<std::time_t>(sysMs >= 0 ? sysMs / 1000 : (sysMs - 999) / 1000);
     std::tm tm{};
+#ifdef _WIN32
+    localtime_s(&tm, &secs);  // the Windows C runtime's thread-safe form
+#else
     localtime_r(&secs, &tm);
+#endif
     LocalDateTime t;
     t.year = tm.tm_year + 1900;
     t.month = tm.tm_mon + 1;

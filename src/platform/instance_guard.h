@@ -16,7 +16,11 @@ public:
 
 private:
     std::filesystem::path m_path;
+#ifdef _WIN32
+    void* m_handle = nullptr;
+#else
     int m_fd = -1;
+#endif
 };
 
 }  // namespace mv

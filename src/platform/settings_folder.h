@@ -1,6 +1,7 @@
 #pragma once
 // Where the settings files live: $XDG_CONFIG_HOME/marrowvane, or
-// ~/.config/marrowvane, unless the command line names another folder.
+// ~/.config/marrowvane (on Windows %APPDATA%\Marrowvane), unless the command
+// line names another folder.
 #include <filesystem>
 
 namespace mv {

@@ -1,0 +1,16 @@
+# Cross-compiles Marrowvane for 64-bit Windows with Debian's MinGW-w64 (the
+# POSIX-threads flavour, whose libstdc++ has std::thread and std::mutex).
+set(CMAKE_SYSTEM_NAME Windows)
+set(CMAKE_SYSTEM_PROCESSOR x86_64)
+set(MV_MINGW_PREFIX x86_64-w64-mingw32)
+
+set(CMAKE_C_COMPILER ${MV_MINGW_PREFIX}-gcc-posix)
+set(CMAKE_CXX_COMPILER ${MV_MINGW_PREFIX}-g++-posix)
+set(CMAKE_RC_COMPILER ${MV_MINGW_PREFIX}-windres)
+set(MV_WIDL ${MV_MINGW_PREFIX}-widl)
+
+set(CMAKE_FIND_ROOT_PATH /usr/${MV_MINGW_PREFIX})
+set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)
+set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
+set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)
+set(CMAKE_FIND_ROOT_PATH_MODE_PACKAGE ONLY)
