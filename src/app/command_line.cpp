@@ -52,6 +52,8 @@ std::string usageText() {
            "  --realtime           run the scenario on the real clock and sound device\n"
            "  --seed N             seed the random choices (virtual time default: 1)\n"
            "  --until DATE-TIME    stop the run at YYYY-MM-DDTHH:MM:SS (local) at the latest\n"
+           "  --host simulated|com the simulated node, or the host program through its\n"
+           "                       automation interface (Windows builds; their default)\n"
            "  --help               show this help and exit\n"
            "  --version            show the version and exit\n"
            "\n"
@@ -65,6 +67,9 @@ std::string usageText() {
 
 CommandLine parseCommandLine(const std::vector<std::string>& arguments) {
     CommandLine line;
+#ifdef _WIN32
+    line.options.automationHost = true;
+#endif
     line.qtArguments.push_back(arguments.empty() ? std::string("marrowvane") : arguments[0]);
     auto bad = [&line](std::string why) {
         line.action = CommandLine::Action::Bad;
@@ -90,6 +95,11 @@ CommandLine parseCommandLine(const std::vector<std::string>& arguments) {
         else if (arg == "--settings-dir") line.options.settingsDir = value("--settings-dir");
         else if (arg == "--realtime") line.options.realtime = true;
         else if (arg == "--log-queries") line.options.logQueries = true;
+        else if (arg == "--host") {
+            const std::string v = value("--host");
+            if (!missing && v != "simulated" && v != "com") return bad("--host takes simulated or com, not '" + v + "'");
+            line.options.automationHost = v == "com";
+        }
         else if (arg == "--seed") {
             const std::string v = value("--seed");
             long long n = 0;

@@ -19,6 +19,8 @@ LogValue controlValue(const Control& c) {
 void DirectiveRunner::apply(const Directive& d) {
     SimulatedHost& host = m_suite.host();
     const auto on = [&] { return d.args[0] == "on"; };
+    if (isHostVerb(d.verb) && !m_suite.hostDrivesWindows())
+        return m_suite.log().error("", "line " + std::to_string(d.line) + ": the host program's events cannot be raised by a scenario; \"" + d.verb + "\" is skipped");
     if (d.verb == "carrier") host.setCarrier(on());
     else if (d.verb == "rx") host.setReceiving(on());
     else if (d.verb == "busy") host.setBusy(on());
@@ -33,6 +35,12 @@ void DirectiveRunner::apply(const Directive& d) {
         const Directive copy = d;
         m_suite.scheduler().post([this, copy] { operate(copy); });
     }
+}
+
+bool DirectiveRunner::isHostVerb(const std::string& verb) {
+    for (const char* v : {"carrier", "rx", "busy", "dtmf", "connect", "disconnect", "chat", "host-closing"})
+        if (verb == v) return true;
+    return false;
 }
 
 void DirectiveRunner::fail(const Directive& d, const std::string& message) {

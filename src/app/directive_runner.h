@@ -3,7 +3,9 @@
 // the node raises them, operator actions queued behind whatever is already
 // due, as a click would be. A directive that cannot be carried out (a window
 // this build lacks, a disabled control) is logged as an `error` line and
-// nothing else happens.
+// nothing else happens. On the host program itself (not the stand-in that
+// wraps the simulated node) a scenario cannot raise host events: those
+// directives are logged as `error` lines and skipped.
 #include <string>
 
 #include "app/scenario.h"
@@ -25,6 +27,7 @@ public:
     void apply(const Directive& d);
 
 private:
+    static bool isHostVerb(const std::string& verb);
     void fail(const Directive& d, const std::string& message);
     void setHost(const Directive& d);
     void operate(const Directive& d);

@@ -65,6 +65,7 @@ int runHeadless(const HeadlessOptions& options) {
     }
 
     SuiteOptions so;
+    so.host = options.automationHost ? HostBinding::Automation : HostBinding::Simulated;
     so.settingsDir = options.settingsDir.empty() ? defaultSettingsFolder() : std::filesystem::path(options.settingsDir);
     if (!options.realtime) so.virtualStart = scenario.start;
     so.logStream = logStream;
@@ -76,7 +77,14 @@ int runHeadless(const HeadlessOptions& options) {
     // Before the suite exists, so every thread it starts inherits the mask.
     RunSignals signals;
     FileInstanceGuard guard(so.settingsDir / "marrowvane.lock");
-    Suite suite(so);
+    std::unique_ptr<Suite> built;
+    try {
+        built = std::make_unique<Suite>(so);
+    } catch (const std::runtime_error& e) {
+        std::cerr << "marrowvane: " << e.what() << '\n';
+        return 1;
+    }
+    Suite& suite = *built;
     if (!options.recordPath.empty()) {
         try {
             suite.air().startRecording(options.recordPath);

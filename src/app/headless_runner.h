@@ -18,6 +18,9 @@ struct HeadlessOptions {
     // Log every host query and every repeated command too (off: the log
     // keeps to what changes something).
     bool logQueries = false;
+    // Bind to the host program's automation interface instead of the
+    // simulated node (Windows builds).
+    bool automationHost = false;
     // The seed of the suite's random choices. Virtual time uses 1 unless told
     // otherwise, so a scenario replays the same way; a real-time run draws
     // one. Either way the log names it once the suite has started.

@@ -37,6 +37,10 @@ int main(int argc, char** argv) {
     }
     if (line.headless) return mv::runHeadless(line.options);
 #ifdef MV_HAVE_GUI
+    if (line.options.automationHost) {
+        std::cerr << "marrowvane: the desktop suite runs on the simulated host; --host com needs --headless\n";
+        return 2;
+    }
     return mv::runGui(line.qtArguments, line.options);
 #else
     std::cerr << "marrowvane: this build has no desktop front end; use --headless --scenario FILE\n";

@@ -7,6 +7,7 @@
 #include "dtmf/keypad_window.h"
 #include "messages/history_window.h"
 #include "messages/messages_window.h"
+#include "platform/automation_host.h"
 #include "player/player_window.h"
 #include "platform/running_program.h"
 
@@ -33,13 +34,20 @@ Suite::Suite(const SuiteOptions& options) {
     m_host->setTransmitterListener([this](bool ptt, int64_t toneKeyedUntilMs) {
         m_air->mixer().setTransmitter(ptt, toneKeyedUntilMs);
     });
+    HostLink* link = m_host.get();
+    if (options.host == HostBinding::Automation) {
+        AutomationHost bound = openAutomationHost(*m_scheduler, m_log, *m_host);
+        m_automation = std::move(bound.link);
+        m_hostDrivesWindows = bound.drivesNode;
+        link = m_automation.get();
+    }
     m_settings = std::make_unique<SettingsStore>(options.settingsDir);
     m_scripted = std::make_unique<ScriptedDialogs>(m_log);
     m_dialogs = std::make_unique<DialogsProxy>(*m_scripted);
     m_loggingShell = std::make_unique<LoggingShell>(m_log);
     m_shell = std::make_unique<ShellProxy>(*m_loggingShell);
     m_program = std::make_unique<Program>(
-        Services{*m_scheduler, *m_host, *m_settings, *m_dialogs, m_log, &m_air->media(), m_shell.get()});
+        Services{*m_scheduler, *link, *m_settings, *m_dialogs, m_log, &m_air->media(), m_shell.get()});
     if (!options.defaultVoiceFolder.empty()) m_program->setDefaultVoiceFolder(options.defaultVoiceFolder);
     if (!options.defaultToneFolder.empty()) m_program->setDefaultToneFolder(options.defaultToneFolder);
     m_program->setSampleFolder(options.sampleFolder);
@@ -49,6 +57,7 @@ Suite::Suite(const SuiteOptions& options) {
 Suite::~Suite() {
     // Windows (and their host objects and timers) go first.
     m_program.reset();
+    m_automation.reset();
     m_host.reset();
     m_air.reset();
 }

@@ -45,8 +45,13 @@ private:
     Shell* m_target;
 };
 
+// What the windows' host objects talk to: the simulated node in-process, or
+// the host program through its automation interface (Windows builds only).
+enum class HostBinding { Simulated, Automation };
+
 struct SuiteOptions {
     std::filesystem::path settingsDir;
+    HostBinding host = HostBinding::Simulated;
     // Virtual time starting at this local date-time; real time when empty.
     std::optional<LocalDateTime> virtualStart;
     std::ostream* logStream = nullptr;
@@ -62,13 +67,19 @@ struct SuiteOptions {
 
 class Suite {
 public:
+    // Throws std::runtime_error when the host program cannot be bound to.
     explicit Suite(const SuiteOptions& options);
     ~Suite();
 
     Clock& clock() { return *m_clock; }
     Scheduler& scheduler() { return *m_scheduler; }
     EventLog& log() { return m_log; }
+    // The simulated node: the windows' host, or, bound to the automation
+    // interface, the node behind the test stand-in.
     SimulatedHost& host() { return *m_host; }
+    // Whether events raised on host() reach the windows (false when they are
+    // bound to the real host program).
+    bool hostDrivesWindows() const { return m_hostDrivesWindows; }
     SettingsStore& settings() { return *m_settings; }
     ScriptedDialogs& scriptedDialogs() { return *m_scripted; }
     DialogsProxy& dialogs() { return *m_dialogs; }
@@ -88,6 +99,8 @@ private:
     EventLog m_log;
     std::unique_ptr<Air> m_air;
     std::unique_ptr<SimulatedHost> m_host;
+    std::unique_ptr<HostLink> m_automation;
+    bool m_hostDrivesWindows = true;
     std::unique_ptr<SettingsStore> m_settings;
     std::unique_ptr<ScriptedDialogs> m_scripted;
     std::unique_ptr<DialogsProxy> m_dialogs;

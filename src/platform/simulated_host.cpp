@@ -138,17 +138,20 @@ void SimulatedHost::raise(const std::function<void(HostEvents&)>& deliver) {
     std::vector<uint64_t> order;
     for (const Subscriber& s : m_subscribers) order.push_back(s.id);
     if (m_shuffle) std::shuffle(order.begin(), order.end(), *m_shuffle);
+    const auto deliverTo = [this](uint64_t id, const std::function<void(HostEvents&)>& to) {
+        for (const Subscriber& s : m_subscribers)
+            if (s.id == id) {
+                to(*s.events);
+                return;
+            }
+    };
+    if (m_deliverAtOnce) {
+        for (uint64_t id : order) deliverTo(id, deliver);
+        return;
+    }
     // One message per window: each handler runs on its own, and a window that
     // unloaded before its turn simply misses the event.
-    for (uint64_t id : order) {
-        m_scheduler.post([this, id, deliver] {
-            for (const Subscriber& s : m_subscribers)
-                if (s.id == id) {
-                    deliver(*s.events);
-                    return;
-                }
-        });
-    }
+    for (uint64_t id : order) m_scheduler.post([deliverTo, id, deliver] { deliverTo(id, deliver); });
 }
 
 void SimulatedHost::changed() {

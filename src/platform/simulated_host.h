@@ -113,6 +113,12 @@ public:
     };
     const FaultCounts& faultCounts() const { return m_faultCounts; }
 
+    // Hand each event to every subscriber at once, inside the call that
+    // raises it, instead of queuing one message per window: for a node behind
+    // the automation interface, whose receiving end queues each window's
+    // message itself (at the same moment, in the same order).
+    void setDeliverAtOnce(bool atOnce) { m_deliverAtOnce = atOnce; }
+
     // Called by the host objects.
     void record(const std::string& window, const std::string& call, std::vector<std::string> args);
     void connect(const std::string& call);
@@ -159,6 +165,7 @@ private:
     double m_failShare = 0;
     double m_busyShare = 0;
     FaultCounts m_faultCounts;
+    bool m_deliverAtOnce = false;
     std::vector<std::unique_ptr<Timer>> m_pending;
     std::function<void(const Command&)> m_commandListener;
     std::function<void(const ToneBurst&)> m_toneSink;

@@ -56,6 +56,7 @@ TEST(CommandLineTest, WhatNeitherTheSuiteNorQtTakesIsRefusedWithOneLine) {
         {{"--log"}, "option '--log' needs a value"},
         {{"--seed", "-3"}, "--seed takes a whole number, not '-3'"},
         {{"--headless"}, "--headless needs --scenario FILE"},
+        {{"--host", "echolink"}, "--host takes simulated or com, not 'echolink'"},
         {{"--until", "tomorrow"}, "--until takes a local date and time, YYYY-MM-DDTHH:MM:SS, not 'tomorrow'"},
     };
     for (const Case& c : cases) {
@@ -74,6 +75,9 @@ TEST(CommandLineTest, HelpAndVersionWinWhereverTheyStandAndHelpNamesBothKindsOfO
     EXPECT_EQ(headless.options.scenarioPath, "a.scn");
     EXPECT_EQ(headless.options.seed, 7u);
     EXPECT_TRUE(headless.options.logQueries);
+    EXPECT_FALSE(headless.options.automationHost) << "the simulated node is the default off Windows";
+    EXPECT_TRUE(parse({"--host", "com"}).options.automationHost);
+    EXPECT_FALSE(parse({"--host", "com", "--host", "simulated"}).options.automationHost);
     // The log's way of writing a time, and the scenario's.
     for (const char* at : {"2026-11-23T06:00:00", "2026-11-23 06:00:00"})
         EXPECT_EQ(parse({"--until", at}).options.until, (LocalDateTime{2026, 11, 23, 6, 0, 0, 0})) << at;

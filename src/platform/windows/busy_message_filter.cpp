@@ -1,0 +1,84 @@
+#include "platform/windows/busy_message_filter.h"
+
+#include <stdexcept>
+
+#include "platform/windows/com_text.h"
+
+namespace mv::com {
+
+namespace {
+// How long the host is given before each new try.
+constexpr DWORD kRetryAfterMs = 100;
+constexpr DWORD kGiveUp = static_cast<DWORD>(-1);
+}  // namespace
+
+BusyMessageFilter::BusyMessageFilter(std::function<void(const std::string&)> notice, DWORD limitMs)
+    : m_notice(std::move(notice)), m_limitMs(limitMs) {}
+
+DWORD BusyMessageFilter::retryDelay(DWORD elapsedMs, DWORD rejectType, DWORD limitMs) {
+    // A call refused outright is not retried; only "busy, call again later" is.
+    if (rejectType != SERVERCALL_RETRYLATER) return kGiveUp;
+    return elapsedMs < limitMs ? kRetryAfterMs : kGiveUp;
+}
+
+DWORD BusyMessageFilter::pendingAnswer(DWORD elapsedMs, DWORD limitMs, bool& noticeDue) {
+    noticeDue = elapsedMs >= limitMs;
+    return PENDINGMSG_WAITDEFPROCESS;
+}
+
+HRESULT BusyMessageFilter::QueryInterface(REFIID iid, void** out) {
+    if (!out) return E_POINTER;
+    if (iid == IID_IUnknown || iid == IID_IMessageFilter) {
+        *out = static_cast<IMessageFilter*>(this);
+        AddRef();
+        return S_OK;
+    }
+    *out = nullptr;
+    return E_NOINTERFACE;
+}
+
+ULONG BusyMessageFilter::Release() {
+    const ULONG left = --m_references;
+    if (left == 0) delete this;
+    return left;
+}
+
+DWORD BusyMessageFilter::HandleInComingCall(DWORD, HTASK, DWORD, LPINTERFACEINFO) {
+    // The host's events are taken at once: the sink only queues them.
+    return SERVERCALL_ISHANDLED;
+}
+
+DWORD BusyMessageFilter::RetryRejectedCall(HTASK, DWORD elapsedMs, DWORD rejectType) {
+    return retryDelay(elapsedMs, rejectType, m_limitMs);
+}
+
+DWORD BusyMessageFilter::MessagePending(HTASK, DWORD elapsedMs, DWORD) {
+    bool noticeDue = false;
+    const DWORD answer = pendingAnswer(elapsedMs, m_limitMs, noticeDue);
+    if (!noticeDue) {
+        m_noticeGiven = false;
+    } else if (!m_noticeGiven) {
+        m_noticeGiven = true;
+        if (m_notice) m_notice("the host has not answered a call for " + std::to_string(elapsedMs / 60000) + " minutes");
+    }
+    return answer;
+}
+
+ComApartment::ComApartment(std::function<void(const std::string&)> notice) {
+    const HRESULT hr = CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED);
+    if (FAILED(hr)) throw std::runtime_error("COM cannot start on this thread: " + describeResult(hr));
+    m_initialised = true;
+    m_filter = new BusyMessageFilter(std::move(notice));
+    CoRegisterMessageFilter(m_filter, &m_previous);
+}
+
+ComApartment::~ComApartment() {
+    IMessageFilter* ours = nullptr;
+    CoRegisterMessageFilter(m_previous, &ours);
+    if (ours) ours->Release();
+    if (m_previous) m_previous->Release();
+    m_filter->Release();
+    if (m_initialised) CoUninitialize();
+}
+
+}  // namespace mv::com

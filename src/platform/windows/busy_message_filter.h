@@ -1,0 +1,64 @@
+#pragma once
+// The process-wide policy for a host that is busy, as an OLE message filter
+// on the engine's apartment: a call the host turns away as busy is retried
+// for up to 15 minutes before it fails (no busy dialog: nobody may be there
+// to answer one), and while a call is pending the operator's input waits,
+// with a notice only once the same 15 minutes are up.
+#include <windows.h>
+
+#include <objidl.h>
+
+#include <atomic>
+#include <functional>
+#include <string>
+
+namespace mv::com {
+
+inline constexpr DWORD kHostBusyWaitMs = 900000;
+
+class BusyMessageFilter final : public IMessageFilter {
+public:
+    // `notice` hears, once per pending call, that the host has not answered
+    // within the limit.
+    explicit BusyMessageFilter(std::function<void(const std::string&)> notice = {}, DWORD limitMs = kHostBusyWaitMs);
+
+    // How long to wait before calling again a host that turned a call away,
+    // `elapsedMs` after the first try: a delay, or -1 to give up.
+    static DWORD retryDelay(DWORD elapsedMs, DWORD rejectType, DWORD limitMs);
+    // What to do with a message that arrives while a call to the host is
+    // pending `elapsedMs`: keep waiting, and whether the notice is due.
+    static DWORD pendingAnswer(DWORD elapsedMs, DWORD limitMs, bool& noticeDue);
+
+    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** out) override;
+    ULONG STDMETHODCALLTYPE AddRef() override { return ++m_references; }
+    ULONG STDMETHODCALLTYPE Release() override;
+
+    DWORD STDMETHODCALLTYPE HandleInComingCall(DWORD callType, HTASK caller, DWORD elapsedMs, LPINTERFACEINFO info) override;
+    DWORD STDMETHODCALLTYPE RetryRejectedCall(HTASK callee, DWORD elapsedMs, DWORD rejectType) override;
+    DWORD STDMETHODCALLTYPE MessagePending(HTASK callee, DWORD elapsedMs, DWORD pendingType) override;
+
+private:
+    ~BusyMessageFilter() = default;
+
+    std::atomic<ULONG> m_references{1};
+    std::function<void(const std::string&)> m_notice;
+    DWORD m_limitMs;
+    bool m_noticeGiven = false;
+};
+
+// COM on this thread as a single-threaded apartment with the busy policy
+// installed, for as long as it lives.
+class ComApartment {
+public:
+    explicit ComApartment(std::function<void(const std::string&)> notice = {});
+    ~ComApartment();
+    ComApartment(const ComApartment&) = delete;
+    ComApartment& operator=(const ComApartment&) = delete;
+
+private:
+    bool m_initialised = false;
+    IMessageFilter* m_previous = nullptr;
+    BusyMessageFilter* m_filter = nullptr;
+};
+
+}  // namespace mv::com
