@@ -2,7 +2,6 @@
 // the busy policy installed, for as long as the suite runs.
 #include <stdexcept>
 
-#include "core/errors.h"
 #include "core/event_log.h"
 #include "platform/automation_host.h"
 #include "platform/simulated_host.h"
@@ -10,6 +9,7 @@
 #include "platform/windows/com_host_link.h"
 #include "platform/windows/com_text.h"
 #include "platform/windows/host_automation.h"
+#include "platform/windows/stand_in_node.h"
 #include "platform/windows/standin_control.h"
 
 namespace mv {
@@ -17,30 +17,6 @@ namespace mv {
 using Microsoft::WRL::ComPtr;
 
 namespace {
-
-// The program's simulated node as the stand-in reaches it.
-class HandedOverNode final : public com::StandInNode {
-public:
-    explicit HandedOverNode(SimulatedHost& node) : m_node(node) {}
-    HostLink& link() override { return m_node; }
-    Outcome guard(const std::function<void()>& call, std::string& message) noexcept override {
-        try {
-            call();
-            return Outcome::Done;
-        } catch (const HostBusyError& e) {
-            message = e.what();
-            return Outcome::Busy;
-        } catch (const std::exception& e) {
-            message = e.what();
-        } catch (...) {
-            message = "the simulated node failed";
-        }
-        return Outcome::Failed;
-    }
-
-private:
-    SimulatedHost& m_node;
-};
 
 class ComAutomationHost final : public HostLink {
 public:
@@ -72,7 +48,7 @@ public:
 
 private:
     com::ComApartment m_apartment;
-    HandedOverNode m_node;
+    com::SimulatedStandInNode m_node;
     com::ComHostLink m_link;
     ComPtr<com::IStandInControl> m_standIn;
 };

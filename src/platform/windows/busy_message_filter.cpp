@@ -15,17 +15,6 @@ constexpr DWORD kGiveUp = static_cast<DWORD>(-1);
 BusyMessageFilter::BusyMessageFilter(std::function<void(const std::string&)> notice, DWORD limitMs)
     : m_notice(std::move(notice)), m_limitMs(limitMs) {}
 
-DWORD BusyMessageFilter::retryDelay(DWORD elapsedMs, DWORD rejectType, DWORD limitMs) {
-    // A call refused outright is not retried; only "busy, call again later" is.
-    if (rejectType != SERVERCALL_RETRYLATER) return kGiveUp;
-    return elapsedMs < limitMs ? kRetryAfterMs : kGiveUp;
-}
-
-DWORD BusyMessageFilter::pendingAnswer(DWORD elapsedMs, DWORD limitMs, bool& noticeDue) {
-    noticeDue = elapsedMs >= limitMs;
-    return PENDINGMSG_WAITDEFPROCESS;
-}
-
 HRESULT BusyMessageFilter::QueryInterface(REFIID iid, void** out) {
     if (!out) return E_POINTER;
     if (iid == IID_IUnknown || iid == IID_IMessageFilter) {
@@ -49,19 +38,20 @@ DWORD BusyMessageFilter::HandleInComingCall(DWORD, HTASK, DWORD, LPINTERFACEINFO
 }
 
 DWORD BusyMessageFilter::RetryRejectedCall(HTASK, DWORD elapsedMs, DWORD rejectType) {
-    return retryDelay(elapsedMs, rejectType, m_limitMs);
+    // A call refused outright is not retried; only "busy, call again later" is.
+    if (rejectType != SERVERCALL_RETRYLATER) return kGiveUp;
+    return elapsedMs < m_limitMs ? kRetryAfterMs : kGiveUp;
 }
 
 DWORD BusyMessageFilter::MessagePending(HTASK, DWORD elapsedMs, DWORD) {
-    bool noticeDue = false;
-    const DWORD answer = pendingAnswer(elapsedMs, m_limitMs, noticeDue);
-    if (!noticeDue) {
+    if (elapsedMs < m_limitMs) {
         m_noticeGiven = false;
     } else if (!m_noticeGiven) {
+        // No busy dialog: an unattended node has no one to answer it.
         m_noticeGiven = true;
         if (m_notice) m_notice("the host has not answered a call for " + std::to_string(elapsedMs / 60000) + " minutes");
     }
-    return answer;
+    return PENDINGMSG_WAITDEFPROCESS;
 }
 
 ComApartment::ComApartment(std::function<void(const std::string&)> notice) {

@@ -22,19 +22,16 @@ public:
     // within the limit.
     explicit BusyMessageFilter(std::function<void(const std::string&)> notice = {}, DWORD limitMs = kHostBusyWaitMs);
 
-    // How long to wait before calling again a host that turned a call away,
-    // `elapsedMs` after the first try: a delay, or -1 to give up.
-    static DWORD retryDelay(DWORD elapsedMs, DWORD rejectType, DWORD limitMs);
-    // What to do with a message that arrives while a call to the host is
-    // pending `elapsedMs`: keep waiting, and whether the notice is due.
-    static DWORD pendingAnswer(DWORD elapsedMs, DWORD limitMs, bool& noticeDue);
-
     HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** out) override;
     ULONG STDMETHODCALLTYPE AddRef() override { return ++m_references; }
     ULONG STDMETHODCALLTYPE Release() override;
 
     DWORD STDMETHODCALLTYPE HandleInComingCall(DWORD callType, HTASK caller, DWORD elapsedMs, LPINTERFACEINFO info) override;
+    // How long to wait before calling again a host that turned a call away,
+    // `elapsedMs` after the first try: a delay, or -1 to give up.
     DWORD STDMETHODCALLTYPE RetryRejectedCall(HTASK callee, DWORD elapsedMs, DWORD rejectType) override;
+    // A message arrived while a call has been pending for `elapsedMs`: keep
+    // waiting; the notice goes out once the limit is reached.
     DWORD STDMETHODCALLTYPE MessagePending(HTASK callee, DWORD elapsedMs, DWORD pendingType) override;
 
 private:

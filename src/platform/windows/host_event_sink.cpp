@@ -7,6 +7,7 @@
 
 #include "core/errors.h"
 #include "core/scheduler.h"
+#include "platform/windows/com_ptr.h"
 #include "platform/windows/com_text.h"
 
 namespace mv::com {
@@ -201,7 +202,7 @@ EventConnection::EventConnection(IUnknown* host, Scheduler& scheduler, HostEvent
     if (FAILED(hr)) fail("the host offers no connection points", hr);
     hr = container->FindConnectionPoint(iid, &m_point);
     if (FAILED(hr)) fail("the host offers no connection point for its events", hr);
-    m_sink.Attach(new HostEventSink(std::move(found), scheduler, events));
+    m_sink = adopt(new HostEventSink(std::move(found), scheduler, events));
     hr = m_point->Advise(static_cast<IDispatch*>(m_sink.Get()), &m_cookie);
     if (FAILED(hr)) {
         m_sink->disconnect();

@@ -19,6 +19,7 @@
 #include <vector>
 
 #include "host_standin.h"
+#include "platform/windows/com_ptr.h"
 #include "platform/windows/com_text.h"
 #include "platform/windows/standin_control.h"
 
@@ -456,8 +457,7 @@ public:
         if (!out) return E_POINTER;
         *out = nullptr;
         if (outer) return CLASS_E_NOAGGREGATION;
-        ComPtr<HostStandIn> object;
-        object.Attach(new HostStandIn());
+        ComPtr<HostStandIn> object = mv::com::adopt(new HostStandIn());
         const HRESULT hr = object->bind();
         if (FAILED(hr)) return hr;
         return object->QueryInterface(iid, out);
