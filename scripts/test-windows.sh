@@ -35,8 +35,9 @@ linux="$root/build/src/app/marrowvane"
 step "building for Windows"
 launcher=()
 if command -v ccache >/dev/null 2>&1; then launcher=(-DCMAKE_CXX_COMPILER_LAUNCHER=ccache -DCMAKE_C_COMPILER_LAUNCHER=ccache); fi
-cmake -S . -B build-windows -DCMAKE_TOOLCHAIN_FILE=cmake/mingw-w64-x86_64.cmake -DCMAKE_BUILD_TYPE=RelWithDebInfo \
-  "${launcher[@]}" >/dev/null
+toolchain=()
+if [ ! -f build-windows/CMakeCache.txt ]; then toolchain=(-DCMAKE_TOOLCHAIN_FILE=cmake/mingw-w64-x86_64.cmake); fi
+cmake -S . -B build-windows "${toolchain[@]}" -DCMAKE_BUILD_TYPE=RelWithDebInfo "${launcher[@]}" >/dev/null
 cmake --build build-windows -j"$(nproc)" --target marrowvane windows_tests marrowvane-host-standin
 # The Windows program finds its voice where an install puts it, beside its folder.
 mkdir -p build-windows/share/marrowvane

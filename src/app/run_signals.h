@@ -5,7 +5,9 @@
 // from the moment this exists, so no thread the audio back end starts later
 // can be killed by one, and they are taken only where the run waits: a nap
 // until the next timer ends the moment one arrives, and costs no extra
-// wake-ups while none does.
+// wake-ups while none does. On Windows the console's Ctrl+C, Ctrl+Break and
+// close take their place, and a wait also lets the host program's calls in
+// (its events arrive as window messages on this thread).
 #include <csignal>
 #include <cstdint>
 
@@ -30,8 +32,12 @@ public:
     }
 
 private:
+#ifdef _WIN32
+    void* m_arrived = nullptr;  // set by the console's handler thread
+#else
     sigset_t m_set{};
     sigset_t m_previous{};
+#endif
     int m_stop = 0;
     bool m_reopen = false;
 };

@@ -51,6 +51,21 @@ TEST_F(SimulatedHostTest, EachEventReachesEverySubscriberOnceAsItsOwnMessage) {
     EXPECT_EQ(trace.size(), 3u);
 }
 
+TEST_F(SimulatedHostTest, BehindTheAutomationInterfaceEventsAreHandedOverAtOnceInOrder) {
+    // There, each window's sink queues its own message; the node must not queue them twice.
+    Recorder a("a", &trace), b("b", &trace);
+    auto objA = host.createObject("a", &a);
+    auto objB = host.createObject("b", &b);
+    host.setDeliverAtOnce(true);
+    host.receiveDTMF("123");
+    EXPECT_EQ(trace, (std::vector<std::string>{"a:dtmf 123", "b:dtmf 123"}));
+    objA.reset();
+    host.closing();
+    EXPECT_EQ(trace.back(), "b:closing");
+    EXPECT_EQ(trace.size(), 3u);
+    EXPECT_EQ(scheduler.dispatchedMessages(), 0u);
+}
+
 TEST_F(SimulatedHostTest, ShuffledDeliveryStillReachesEveryoneOnce) {
     std::vector<std::unique_ptr<Recorder>> windows;
     std::vector<std::unique_ptr<HostObject>> objects;
