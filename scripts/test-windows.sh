@@ -38,7 +38,7 @@ if command -v ccache >/dev/null 2>&1; then launcher=(-DCMAKE_CXX_COMPILER_LAUNCH
 toolchain=()
 if [ ! -f build-windows/CMakeCache.txt ]; then toolchain=(-DCMAKE_TOOLCHAIN_FILE=cmake/mingw-w64-x86_64.cmake); fi
 cmake -S . -B build-windows "${toolchain[@]}" -DCMAKE_BUILD_TYPE=RelWithDebInfo "${launcher[@]}" >/dev/null
-cmake --build build-windows -j"$(nproc)" --target marrowvane windows_tests marrowvane-host-standin
+cmake --build build-windows -j"$(nproc)" --target marrowvane windows_tests marrowvane-host-standin settings_differential
 # The Windows program finds its voice where an install puts it, beside its folder.
 mkdir -p build-windows/share/marrowvane
 ln -sfn "$root/build/share/marrowvane/voice" build-windows/share/marrowvane/voice
@@ -65,16 +65,24 @@ wine regsvr32 /s "$(winepath -w build-windows/bin/marrowvane-host-standin.dll)"
 step "running the Windows unit tests"
 wine build-windows/bin/windows_tests.exe --gtest_brief=1
 
-# What both runs must share: host calls and host events. Media and speech
-# lines name files and voices that differ between the systems.
+step "comparing the settings store with Windows' profile functions"
+differential="$root/build/tests/windows/settings_differential/settings_differential"
+"$differential" write "$work/settings-cases"
+wine build-windows/bin/settings_differential.exe read "$work/settings-cases" "$work/settings-windows.txt"
+"$differential" compare "$work/settings-cases" "$work/settings-windows.txt"
+
+# What both runs must share: host calls and host events (queries and repeated
+# commands included). Media and speech lines name files and voices that
+# differ between the systems.
 shared() { grep -E '^\{"t":"[^"]*","kind":"(host|event)"' "$1" || true; }
 
 failed=0
 for scenario in examples/*.scn tests/windows/scenarios/*.scn; do
   name=$(basename "$scenario" .scn)
   mkdir -p "$work/$name"
-  "$linux" --headless --scenario "$scenario" --log "$work/$name/linux.jsonl" --settings-dir "$work/$name/linux-settings"
-  wine "$windows" --headless --host com --scenario "$scenario" --log "$work/$name/windows.jsonl" \
+  "$linux" --headless --log-queries --scenario "$scenario" --log "$work/$name/linux.jsonl" \
+    --settings-dir "$work/$name/linux-settings"
+  wine "$windows" --headless --log-queries --host com --scenario "$scenario" --log "$work/$name/windows.jsonl" \
     --settings-dir "$work/$name/windows-settings"
   shared "$work/$name/linux.jsonl" >"$work/$name/linux.shared"
   shared "$work/$name/windows.jsonl" >"$work/$name/windows.shared"

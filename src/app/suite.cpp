@@ -10,6 +10,7 @@
 #include "platform/automation_host.h"
 #include "player/player_window.h"
 #include "platform/running_program.h"
+#include "platform/settings_folder.h"
 
 namespace mv {
 
@@ -41,7 +42,7 @@ Suite::Suite(const SuiteOptions& options) {
         m_hostDrivesWindows = bound.drivesNode;
         link = m_automation.get();
     }
-    m_settings = std::make_unique<SettingsStore>(options.settingsDir);
+    m_settings = std::make_unique<SettingsStore>(options.settingsDir, systemProfiles());
     m_scripted = std::make_unique<ScriptedDialogs>(m_log);
     m_dialogs = std::make_unique<DialogsProxy>(*m_scripted);
     m_loggingShell = std::make_unique<LoggingShell>(m_log);

@@ -8,21 +8,16 @@
 #include <cstring>
 #include <system_error>
 
+#ifndef _WIN32
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
+#endif
 
 namespace mv {
 namespace {
 
 namespace fs = std::filesystem;
-
-// Far beyond any real settings file; a path that points at something this big
-// (a disk image, a log) is refused rather than read into memory.
-constexpr off_t kLargestSettingsFile = 4 * 1024 * 1024;
-constexpr int kMostLinks = 40;
-
-std::string errnoText(int e) { return std::strerror(e); }
 
 bool isBlank(char c) { return c == ' ' || c == '\t'; }
 
@@ -39,6 +34,22 @@ bool equalsNoCase(std::string_view a, std::string_view b) {
             return false;
     return true;
 }
+
+std::string describe(const fs::path& path, const fs::path& target) {
+    if (path == target) return path.string();
+    return path.string() + " (a link to " + target.string() + ")";
+}
+
+// The file calls below are the store's own INI code's; the Windows build
+// reads and writes through the system's profile functions instead.
+#ifndef _WIN32
+
+// Far beyond any real settings file; a path that points at something this big
+// (a disk image, a log) is refused rather than read into memory.
+constexpr off_t kLargestSettingsFile = 4 * 1024 * 1024;
+constexpr int kMostLinks = 40;
+
+std::string errnoText(int e) { return std::strerror(e); }
 
 const char* kindOf(mode_t mode) {
     if (S_ISDIR(mode)) return "a folder";
@@ -79,11 +90,6 @@ bool followLinks(const fs::path& path, fs::path& target, std::string& reason) {
     target = p;
     reason = errnoText(ELOOP);
     return false;
-}
-
-std::string describe(const fs::path& path, const fs::path& target) {
-    if (path == target) return path.string();
-    return path.string() + " (a link to " + target.string() + ")";
 }
 
 struct FileRead {
@@ -194,10 +200,20 @@ bool replaceFile(const fs::path& target, const std::string& content, const mode_
     }
     return true;
 }
+#endif
 
 }  // namespace
 
+SettingsSnapshot SettingsSnapshot::through(Lookup lookup, bool exists, std::string problem) {
+    SettingsSnapshot snapshot;
+    snapshot.m_lookup = std::move(lookup);
+    snapshot.m_exists = exists;
+    snapshot.m_problem = std::move(problem);
+    return snapshot;
+}
+
 std::string SettingsSnapshot::value(std::string_view key, std::string_view defaultValue, size_t bufferSize) const {
+    if (m_lookup) return m_lookup(key, defaultValue, bufferSize);
     return m_text.value(m_section, key, defaultValue, bufferSize);
 }
 
@@ -206,7 +222,8 @@ SettingsEdit::SettingsEdit(std::string fileName, std::string section)
 
 void SettingsEdit::set(std::string key, std::string value) { m_changes.push_back({std::move(key), std::move(value)}); }
 
-SettingsStore::SettingsStore(std::filesystem::path folder) : m_folder(std::move(folder)) {}
+SettingsStore::SettingsStore(std::filesystem::path folder, std::shared_ptr<SystemProfiles> profiles)
+    : m_folder(std::move(folder)), m_profiles(std::move(profiles)) {}
 
 std::filesystem::path SettingsStore::pathOf(std::string_view fileName) const {
     // Only the bare name counts: every module's file lives in the one folder.
@@ -214,18 +231,26 @@ std::filesystem::path SettingsStore::pathOf(std::string_view fileName) const {
 }
 
 void SettingsStore::sweepLeftovers(const std::filesystem::path& target) const {
+#ifdef _WIN32
+    (void)target;
+#else
     if (!m_swept.insert(target.string()).second) return;
     // Only this program makes that name, and only one copy of it runs on a
     // settings folder: a file there now was left by a save that never ended.
     const fs::path tmp = temporaryFor(target);
     struct stat st {};
     if (::lstat(tmp.c_str(), &st) == 0 && S_ISREG(st.st_mode)) ::unlink(tmp.c_str());
+#endif
 }
 
 SettingsSnapshot SettingsStore::load(std::string_view fileName, std::string_view section) const {
+    const fs::path path = pathOf(fileName);
+    if (m_profiles) return m_profiles->load(path, section);
     SettingsSnapshot snapshot;
     snapshot.m_section = section;
-    const fs::path path = pathOf(fileName);
+#ifdef _WIN32
+    snapshot.m_problem = path.string() + ": this build has no profile functions to read it with; using the defaults";
+#else
     try {
         fs::path target;
         std::string reason;
@@ -244,6 +269,7 @@ SettingsSnapshot SettingsStore::load(std::string_view fileName, std::string_view
     } catch (const std::exception& e) {
         snapshot.m_problem = path.string() + ": " + e.what() + "; using the defaults";
     }
+#endif
     return snapshot;
 }
 
@@ -253,6 +279,11 @@ std::string SettingsStore::read(std::string_view fileName, std::string_view key,
 }
 
 SettingsCommit SettingsStore::commit(const SettingsEdit& edit) {
+    if (m_profiles) {
+        const SettingsCommit done = m_profiles->commit(pathOf(edit.fileName()), edit);
+        if (done.written) ++m_commits;
+        return done;
+    }
     SettingsCommit result;
     const fs::path path = pathOf(edit.fileName());
     fs::path target = path;
@@ -261,6 +292,9 @@ SettingsCommit SettingsStore::commit(const SettingsEdit& edit) {
         result.reason = cause;
         return result;
     };
+#ifdef _WIN32
+    return fail("", "this build has no profile functions to write it with");
+#else
     try {
         std::error_code ec;
         fs::create_directories(m_folder, ec);
@@ -289,6 +323,7 @@ SettingsCommit SettingsStore::commit(const SettingsEdit& edit) {
         return fail("", e.what());
     }
     return result;
+#endif
 }
 
 namespace setting {

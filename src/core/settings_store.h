@@ -8,6 +8,8 @@
 #include <cstddef>
 #include <cstdint>
 #include <filesystem>
+#include <functional>
+#include <memory>
 #include <set>
 #include <string>
 #include <string_view>
@@ -22,6 +24,11 @@ inline constexpr std::string_view kSettingsSection = "SETTINGS";
 // One settings file as it was read.
 class SettingsSnapshot {
 public:
+    // A snapshot whose values come from `lookup` (the system's profile
+    // functions), called as value() is: key, default, buffer size.
+    using Lookup = std::function<std::string(std::string_view key, std::string_view defaultValue, size_t bufferSize)>;
+    static SettingsSnapshot through(Lookup lookup, bool exists, std::string problem);
+
     // At most bufferSize - 1 characters of the key's value; the default when
     // the file, the section or the key is missing.
     std::string value(std::string_view key, std::string_view defaultValue, size_t bufferSize = 256) const;
@@ -34,6 +41,7 @@ public:
 private:
     friend class SettingsStore;
     SettingsText m_text;
+    Lookup m_lookup;
     std::string m_section;
     bool m_exists = false;
     std::string m_problem;
@@ -67,9 +75,23 @@ struct SettingsCommit {
     std::vector<std::string> keysWithLostCharacters;  // what Windows-1252 cannot hold became '?'
 };
 
+// Reads and writes settings files with the system's own profile functions
+// instead of the store's INI code: the Windows build's way (see
+// platform/windows/profile_settings.h). A commit must keep the store's
+// promise, all of an edit's keys or none.
+class SystemProfiles {
+public:
+    virtual ~SystemProfiles() = default;
+    virtual SettingsSnapshot load(const std::filesystem::path& path, std::string_view section) = 0;
+    virtual SettingsCommit commit(const std::filesystem::path& path, const SettingsEdit& edit) = 0;
+};
+
 class SettingsStore {
 public:
-    explicit SettingsStore(std::filesystem::path folder);
+    // Files are read and written by the store's own INI code, or by
+    // `profiles` when given. A build without the INI code's file calls
+    // (Windows) must give them.
+    explicit SettingsStore(std::filesystem::path folder, std::shared_ptr<SystemProfiles> profiles = nullptr);
     const std::filesystem::path& folder() const { return m_folder; }
     std::filesystem::path pathOf(std::string_view fileName) const;
 
@@ -93,6 +115,7 @@ private:
     void sweepLeftovers(const std::filesystem::path& target) const;
 
     std::filesystem::path m_folder;
+    std::shared_ptr<SystemProfiles> m_profiles;
     uint64_t m_commits = 0;
     mutable std::set<std::string> m_swept;
 };

@@ -11,4 +11,6 @@ std::filesystem::path defaultSettingsFolder() {
     return std::filesystem::current_path() / "marrowvane-settings";
 }
 
+std::shared_ptr<SystemProfiles> systemProfiles() { return nullptr; }
+
 }  // namespace mv

@@ -9,6 +9,8 @@
 
 #include <shlobj.h>
 
+#include "platform/windows/profile_settings.h"
+
 namespace mv {
 
 std::filesystem::path defaultSettingsFolder() {
@@ -20,5 +22,7 @@ std::filesystem::path defaultSettingsFolder() {
     if (folder.empty()) folder = std::filesystem::current_path() / L"marrowvane-settings";
     return folder;
 }
+
+std::shared_ptr<SystemProfiles> systemProfiles() { return std::make_shared<ProfileSettings>(); }
 
 }  // namespace mv
