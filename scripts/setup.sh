@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
-# Installs the Debian 12 packages Marrowvane needs to build, test and run.
-# Safe to run again: apt-get skips what is already installed.
+# Installs the Debian 12 packages Marrowvane needs to build, test and run,
+# and any further packages named as arguments (scripts/test-windows.sh names
+# the Windows build's). Safe to run again: apt-get skips what is installed.
 set -euo pipefail
 
 SUDO=""
@@ -16,6 +17,7 @@ PACKAGES=(
   xvfb xauth sox
   lintian
   clang-14 libclang-rt-14-dev
+  "$@"
 )
 
 missing=()

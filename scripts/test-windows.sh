@@ -15,18 +15,8 @@ root=$(pwd)
 started=$(date +%s)
 step() { echo "test-windows: $* ($(( $(date +%s) - started )) s)"; }
 
-SUDO=""
-if [ "$(id -u)" -ne 0 ]; then SUDO="sudo"; fi
-PACKAGES=(g++-mingw-w64-x86-64-posix mingw-w64-tools libwine-dev wine wine64)
-missing=()
-for p in "${PACKAGES[@]}"; do
-  dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q "install ok installed" || missing+=("$p")
-done
-if [ "${#missing[@]}" -gt 0 ]; then
-  step "installing ${missing[*]}"
-  $SUDO apt-get update -qq
-  DEBIAN_FRONTEND=noninteractive $SUDO apt-get install -y -qq --no-install-recommends "${missing[@]}" >/dev/null
-fi
+# MinGW-w64, widl (and the IDL files it imports from Wine's headers), Wine.
+bash scripts/setup.sh g++-mingw-w64-x86-64-posix mingw-w64-tools libwine-dev wine wine64
 
 # The Linux program: the reference runs and the default voice.
 bash scripts/build.sh

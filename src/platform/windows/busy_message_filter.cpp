@@ -16,20 +16,7 @@ BusyMessageFilter::BusyMessageFilter(std::function<void(const std::string&)> not
     : m_notice(std::move(notice)), m_limitMs(limitMs) {}
 
 HRESULT BusyMessageFilter::QueryInterface(REFIID iid, void** out) {
-    if (!out) return E_POINTER;
-    if (iid == IID_IUnknown || iid == IID_IMessageFilter) {
-        *out = static_cast<IMessageFilter*>(this);
-        AddRef();
-        return S_OK;
-    }
-    *out = nullptr;
-    return E_NOINTERFACE;
-}
-
-ULONG BusyMessageFilter::Release() {
-    const ULONG left = --m_references;
-    if (left == 0) delete this;
-    return left;
+    return answer(iid, out, static_cast<IMessageFilter*>(this), {IID_IUnknown, IID_IMessageFilter});
 }
 
 DWORD BusyMessageFilter::HandleInComingCall(DWORD, HTASK, DWORD, LPINTERFACEINFO) {

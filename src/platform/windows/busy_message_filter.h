@@ -8,23 +8,24 @@
 
 #include <objidl.h>
 
-#include <atomic>
 #include <functional>
 #include <string>
+
+#include "platform/windows/com_object.h"
 
 namespace mv::com {
 
 inline constexpr DWORD kHostBusyWaitMs = 900000;
 
-class BusyMessageFilter final : public IMessageFilter {
+class BusyMessageFilter final : public IMessageFilter, private ComObject<BusyMessageFilter> {
 public:
     // `notice` hears, once per pending call, that the host has not answered
     // within the limit.
     explicit BusyMessageFilter(std::function<void(const std::string&)> notice = {}, DWORD limitMs = kHostBusyWaitMs);
 
     HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** out) override;
-    ULONG STDMETHODCALLTYPE AddRef() override { return ++m_references; }
-    ULONG STDMETHODCALLTYPE Release() override;
+    ULONG STDMETHODCALLTYPE AddRef() override { return addReference(); }
+    ULONG STDMETHODCALLTYPE Release() override { return dropReference(); }
 
     DWORD STDMETHODCALLTYPE HandleInComingCall(DWORD callType, HTASK caller, DWORD elapsedMs, LPINTERFACEINFO info) override;
     // How long to wait before calling again a host that turned a call away,
@@ -35,9 +36,9 @@ public:
     DWORD STDMETHODCALLTYPE MessagePending(HTASK callee, DWORD elapsedMs, DWORD pendingType) override;
 
 private:
+    friend class ComObject<BusyMessageFilter>;
     ~BusyMessageFilter() = default;
 
-    std::atomic<ULONG> m_references{1};
     std::function<void(const std::string&)> m_notice;
     DWORD m_limitMs;
     bool m_noticeGiven = false;

@@ -1,12 +1,12 @@
 #include "platform/windows/host_event_sink.h"
 
-#include <atomic>
 #include <cwctype>
 #include <string>
 #include <vector>
 
 #include "core/errors.h"
 #include "core/scheduler.h"
+#include "platform/windows/com_object.h"
 #include "platform/windows/com_ptr.h"
 #include "platform/windows/com_text.h"
 
@@ -128,7 +128,7 @@ HostEventInterface findHostEventInterface(IUnknown* host) {
 
 // The sink the host calls. Reference-counted by COM; it outlives its
 // connection while the host still holds it, but then reaches no window.
-class HostEventSink final : public IDispatch {
+class HostEventSink final : public IDispatch, private ComObject<HostEventSink> {
 public:
     HostEventSink(HostEventInterface events, Scheduler& scheduler, HostEvents& window)
         : m_interface(std::move(events)), m_scheduler(scheduler), m_window(std::make_shared<HostEvents*>(&window)) {}
@@ -136,21 +136,10 @@ public:
     void disconnect() { *m_window = nullptr; }
 
     HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** out) override {
-        if (!out) return E_POINTER;
-        if (iid == IID_IUnknown || iid == IID_IDispatch || iid == m_interface.iid) {
-            *out = static_cast<IDispatch*>(this);
-            AddRef();
-            return S_OK;
-        }
-        *out = nullptr;
-        return E_NOINTERFACE;
+        return answer(iid, out, static_cast<IDispatch*>(this), {IID_IUnknown, IID_IDispatch, m_interface.iid});
     }
-    ULONG STDMETHODCALLTYPE AddRef() override { return ++m_references; }
-    ULONG STDMETHODCALLTYPE Release() override {
-        const ULONG left = --m_references;
-        if (left == 0) delete this;
-        return left;
-    }
+    ULONG STDMETHODCALLTYPE AddRef() override { return addReference(); }
+    ULONG STDMETHODCALLTYPE Release() override { return dropReference(); }
     HRESULT STDMETHODCALLTYPE GetTypeInfoCount(UINT* count) override {
         if (count) *count = 0;
         return S_OK;
@@ -185,9 +174,9 @@ public:
     }
 
 private:
+    friend class ComObject<HostEventSink>;
     ~HostEventSink() = default;
 
-    std::atomic<ULONG> m_references{1};
     HostEventInterface m_interface;
     Scheduler& m_scheduler;
     // Cleared when the window's object goes, so queued events find no one.

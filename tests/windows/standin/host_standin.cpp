@@ -19,6 +19,7 @@
 #include <vector>
 
 #include "host_standin.h"
+#include "platform/windows/com_object.h"
 #include "platform/windows/com_ptr.h"
 #include "platform/windows/com_text.h"
 #include "platform/windows/standin_control.h"
@@ -120,26 +121,16 @@ public:
     }
 };
 
-class StationInfoObject final : public DispatchThroughTypeInfo<IStationInfo> {
+class StationInfoObject final : public DispatchThroughTypeInfo<IStationInfo>,
+                                private mv::com::ComObject<StationInfoObject> {
 public:
     explicit StationInfoObject(std::string callsign) : m_callsign(std::move(callsign)) { ++g_objects; }
 
     HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** out) override {
-        if (!out) return E_POINTER;
-        if (iid == IID_IUnknown || iid == IID_IDispatch || iid == IID_IStationInfo) {
-            *out = static_cast<IStationInfo*>(this);
-            AddRef();
-            return S_OK;
-        }
-        *out = nullptr;
-        return E_NOINTERFACE;
+        return answer(iid, out, static_cast<IStationInfo*>(this), {IID_IUnknown, IID_IDispatch, IID_IStationInfo});
     }
-    ULONG STDMETHODCALLTYPE AddRef() override { return ++m_references; }
-    ULONG STDMETHODCALLTYPE Release() override {
-        const ULONG left = --m_references;
-        if (left == 0) delete this;
-        return left;
-    }
+    ULONG STDMETHODCALLTYPE AddRef() override { return addReference(); }
+    ULONG STDMETHODCALLTYPE Release() override { return dropReference(); }
     HRESULT STDMETHODCALLTYPE get_Callsign(BSTR* callsign) override {
         if (!callsign) return E_POINTER;
         *callsign = Bstr(m_callsign).release();
@@ -152,8 +143,8 @@ public:
     }
 
 private:
+    friend class mv::com::ComObject<StationInfoObject>;
     ~StationInfoObject() { --g_objects; }
-    std::atomic<ULONG> m_references{1};
     std::string m_callsign;
 };
 
@@ -257,7 +248,8 @@ class HostStandIn final : public DispatchThroughTypeInfo<IHostAutomation>,
                           public IConnectionPointContainer,
                           public IProvideClassInfo,
                           public ISupportErrorInfo,
-                          private mv::HostEvents {
+                          private mv::HostEvents,
+                          private mv::com::ComObject<HostStandIn> {
 public:
     HostStandIn() : m_events(*this) { ++g_objects; }
 
@@ -284,12 +276,8 @@ public:
         AddRef();
         return S_OK;
     }
-    ULONG STDMETHODCALLTYPE AddRef() override { return ++m_references; }
-    ULONG STDMETHODCALLTYPE Release() override {
-        const ULONG left = --m_references;
-        if (left == 0) delete this;
-        return left;
-    }
+    ULONG STDMETHODCALLTYPE AddRef() override { return addReference(); }
+    ULONG STDMETHODCALLTYPE Release() override { return dropReference(); }
 
     // --- the commands ---
     HRESULT STDMETHODCALLTYPE Connect(BSTR call, VARIANT_BOOL flag) override {
@@ -419,7 +407,7 @@ private:
     }
     void onClosing() override { m_events.fire(L"Closing", {}); }
 
-    std::atomic<ULONG> m_references{1};
+    friend class mv::com::ComObject<HostStandIn>;
     EventPoint m_events;
     std::unique_ptr<mv::HostObject> m_host;
 
