@@ -22,6 +22,7 @@ std::string runScript(HostBinding binding) {
     options.logStream = &log;
     options.defaultVoiceFolder = installedVoiceFolder();
     options.host = binding;
+    options.logQueries = true;
     Suite suite(options);
     std::string message;
     EXPECT_EQ(suite.program().start("hub", nullptr, message), Program::StartResult::Started) << message;
@@ -33,6 +34,7 @@ std::string runScript(HostBinding binding) {
     run(250);
     node.setFailing("IsTransmitting", false);
     // Busy refusals, given up on at once and then waited out.
+    suite.program().setHostBusyWaitMs(0);
     node.refuseAsBusy(2);
     run(200);
     suite.program().setHostBusyWaitMs(1000);
