@@ -8,7 +8,7 @@
 # same virtual times.
 #
 # Needs the Linux build (./build, as scripts/test.sh leaves it): it supplies
-# the default voice and courtesy tones, and the reference runs. Builds into ./build-windows.
+# the sounds made at build time, and the reference runs. Builds into ./build-windows.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 root=$(pwd)
@@ -29,10 +29,10 @@ toolchain=()
 if [ ! -f build-windows/CMakeCache.txt ]; then toolchain=(-DCMAKE_TOOLCHAIN_FILE=cmake/mingw-w64-x86_64.cmake); fi
 cmake -S . -B build-windows "${toolchain[@]}" -DCMAKE_BUILD_TYPE=RelWithDebInfo "${launcher[@]}" >/dev/null
 cmake --build build-windows -j"$(nproc)" --target marrowvane windows_tests marrowvane-host-standin settings_differential
-# The Windows program finds its voice and courtesy tones where an install
-# puts them, beside its folder.
+# The Windows program finds its voice, courtesy tones and sample beacons
+# where an install puts them, beside its folder.
 mkdir -p build-windows/share/marrowvane
-for sounds in voice tones; do
+for sounds in voice tones samples; do
   ln -sfn "$root/build/share/marrowvane/$sounds" "build-windows/share/marrowvane/$sounds"
 done
 windows="$root/build-windows/src/app/marrowvane.exe"

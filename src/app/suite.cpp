@@ -8,8 +8,8 @@
 #include "messages/history_window.h"
 #include "messages/messages_window.h"
 #include "platform/automation_host.h"
-#include "player/player_window.h"
 #include "platform/running_program.h"
+#include "player/player_window.h"
 #include "platform/settings_folder.h"
 
 namespace mv {
