@@ -305,7 +305,8 @@ QString HostConsole::stamp(int64_t monotonicMs) const {
 void HostConsole::onCommand(const SimulatedHost::Command& c) {
     if (c.call == "SendChatText" && !c.args.empty()) appendCapped(*m_chatOut, stamp(c.timeMs) + QLatin1Char(' ') + qs(c.args[0]));
     if (c.call == "SendCW" && c.args.size() > 1) appendCapped(*m_morse, stamp(c.timeMs) + QLatin1Char(' ') + qs(c.args[1]));
-    if (isQuery(c.call) && !m_showQueries->isChecked()) return;
+    // The release check's SetPTT(false) every second while released is no news either.
+    if ((isQuery(c.call) || c.repeat) && !m_showQueries->isChecked()) return;
     QStringList args;
     for (const std::string& a : c.args) args << qs(a);
     addRecordLine(stamp(c.timeMs), qs(c.window).leftJustified(9) + qs(c.call) + QLatin1Char('(') +

@@ -49,7 +49,7 @@ public:
         m_host.disconnectAll();
     }
     void setPTT(bool on) override {
-        enter("SetPTT", {boolText(on)});
+        enter("SetPTT", {boolText(on)}, m_host.pttKeyed() == on);
         m_host.setPtt(on);
     }
     bool isBusy() override {
@@ -85,11 +85,11 @@ public:
         m_host.transmitDTMF(digit);
     }
     void setRTS(bool on) override {
-        enter("SetRTS", {boolText(on)});
+        enter("SetRTS", {boolText(on)}, m_host.rts() == on);
         m_host.setRts(on);
     }
     void setDTR(bool on) override {
-        enter("SetDTR", {boolText(on)});
+        enter("SetDTR", {boolText(on)}, m_host.dtr() == on);
         m_host.setDtr(on);
     }
     void sendChatText(const std::string& text) override { enter("SendChatText", {text}); }
@@ -101,13 +101,13 @@ public:
 
 private:
     // Records the call, then applies the faults a test has injected.
-    void enter(const char* call, std::vector<std::string> args) {
+    void enter(const char* call, std::vector<std::string> args, bool repeat = false) {
         if (m_host.m_busyRefusals > 0) {
             --m_host.m_busyRefusals;
             throw HostBusyError(std::string(call) + ": the host is busy");
         }
         m_host.drawFault(call, m_window, args);
-        m_host.record(m_window, call, std::move(args));
+        m_host.record(m_window, call, std::move(args), repeat);
         if (m_host.m_failing.count(call)) throw HostError(std::string(call) + " failed in the host");
     }
 
@@ -250,8 +250,9 @@ void SimulatedHost::drawFault(const char* call, const std::string& window, std::
     }
 }
 
-void SimulatedHost::record(const std::string& window, const std::string& call, std::vector<std::string> args) {
-    m_commands.push_back({m_scheduler.now(), window, call, std::move(args)});
+void SimulatedHost::record(const std::string& window, const std::string& call, std::vector<std::string> args,
+                           bool repeat) {
+    m_commands.push_back({m_scheduler.now(), window, call, std::move(args), repeat});
     // A day of idle polling would otherwise grow the record without bound.
     if (m_commands.size() > 200000) m_commands.erase(m_commands.begin(), m_commands.begin() + 100000);
     if (m_commandListener) m_commandListener(m_commands.back());

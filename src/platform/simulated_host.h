@@ -78,6 +78,8 @@ public:
         std::string window;
         std::string call;
         std::vector<std::string> args;
+        // A line set to the state it already had (SetPTT(false) while released).
+        bool repeat = false;
     };
     const std::vector<Command>& commands() const { return m_commands; }
     size_t countCommands(const std::string& call, const std::string& window = {}) const;
@@ -120,7 +122,7 @@ public:
     void setDeliverAtOnce(bool atOnce) { m_deliverAtOnce = atOnce; }
 
     // Called by the host objects.
-    void record(const std::string& window, const std::string& call, std::vector<std::string> args);
+    void record(const std::string& window, const std::string& call, std::vector<std::string> args, bool repeat = false);
     void connect(const std::string& call);
     void disconnect(const std::string& call);
     void disconnectAll();

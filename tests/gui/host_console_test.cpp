@@ -135,21 +135,35 @@ TEST_F(HostConsoleTest, OddBytesShowAsTheLogWritesThem) {
     EXPECT_TRUE(recordHas(QString::fromUtf8("SendChatText(hola\uFFFD\uFFFD\\r\\nadios)")));
 }
 
-TEST_F(HostConsoleTest, RecordNamesTheWindowAndLeavesQueriesOutUnlessAsked) {
+TEST_F(HostConsoleTest, RecordNamesTheWindowAndLeavesQueriesAndRepeatsOutUnlessAsked) {
     ASSERT_FALSE(console.showingQueries());
-    for (int i = 0; i < 50; ++i) node->isTransmitting();
+    // An idle node: polled, and released again every second while released.
+    for (int i = 0; i < 50; ++i) {
+        node->isTransmitting();
+        node->setPTT(false);
+        node->setDTR(false);
+    }
     node->setPTT(true);
+    node->setPTT(true);
+    node->setDTR(true);
+    node->setPTT(false);
     const QStringList lines = console.recordLines();
-    ASSERT_EQ(lines.size(), 1);
+    ASSERT_EQ(lines.size(), 3) << lines.join('|').toStdString();
     EXPECT_TRUE(lines[0].contains("panel")) << lines[0].toStdString();
     EXPECT_TRUE(lines[0].contains("SetPTT(true)")) << lines[0].toStdString();
+    EXPECT_TRUE(lines[1].contains("SetDTR(true)")) << lines[1].toStdString();
+    EXPECT_TRUE(lines[2].contains("SetPTT(false)")) << lines[2].toStdString();
 
     console.setShowQueries(true);
     node->isTransmitting();
     EXPECT_TRUE(console.recordLines().last().contains("IsTransmitting()"));
+    node->setPTT(false);
+    EXPECT_TRUE(console.recordLines().last().contains("SetPTT(false)"));
 }
 
 TEST_F(HostConsoleTest, ARunOfIdenticalLinesFoldsIntoOneWithACountAndTheFilterNarrowsTheRecord) {
+    // Repeats show only when asked for; asked for, a run of them folds.
+    console.setShowQueries(true);
     for (int i = 0; i < 5; ++i) {
         node->setPTT(false);
         rig.clock.advanceBy(1000);
