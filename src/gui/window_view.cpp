@@ -69,6 +69,28 @@ protected:
     void nextCheckState() override {}
 };
 
+// A label the engine rewrites while the node idles (a clock, a countdown, a
+// lamp). A new text that fits where the layout put the label repaints the
+// label alone: pinned to its size, it asks nothing of the layout, whereas any
+// label's new text otherwise lays out its whole window again and a tab
+// control around it repaints every page pixel, several times a second.
+// A text that does not fit unpins it, and the layout makes room as usual.
+class SteadyLabel final : public QLabel {
+public:
+    using QLabel::QLabel;
+
+    void showText(const QString& text) {
+        if (text == this->text()) return;
+        if (isVisible() && minimumSize() != size()) setFixedSize(size());
+        setText(text);
+        const QSize wanted = QLabel::sizeHint();
+        if (wanted.width() > width() || wanted.height() > height()) {
+            setMinimumSize(0, 0);
+            setMaximumSize(QWIDGETSIZE_MAX, QWIDGETSIZE_MAX);
+        }
+    }
+};
+
 // What a log's view has taken in so far. Shared by the listener and sync(),
 // which hold separate copies of the refresh.
 struct ShownLines {
@@ -300,13 +322,12 @@ QWidget* WindowView::build(Control& control, QWidget* parent) {
 
         case ControlKind::Label: {
             auto& label = static_cast<Label&>(control);
-            auto* widget = new QLabel(parent);
+            auto* widget = new SteadyLabel(parent);
             widget->setTextFormat(Qt::PlainText);
             std::optional<Rgb> shownFore;
             std::optional<Rgb> shownBack;
             bind(label, widget, [widget, &label, shownFore, shownBack]() mutable {
-                const QString text = qs(label.caption());
-                if (widget->text() != text) widget->setText(text);
+                widget->showText(qs(label.caption()));
                 const std::optional<Rgb> back =
                     label.hasBackColor() ? std::optional<Rgb>(label.backColor()) : std::nullopt;
                 if (shownFore == label.foreColor() && shownBack == back) return;

@@ -72,6 +72,7 @@ public:
     OptionButton* optionA = nullptr;
     OptionButton* optionB = nullptr;
     Label* lamp = nullptr;
+    Label* clock = nullptr;
     Slider* level = nullptr;
     Button* key = nullptr;
     Button* other = nullptr;
@@ -110,6 +111,7 @@ protected:
         level->setSteps(5, 20);
         level->scaleLabels = {"100", "0"};
         combo = &pageTwo.add(make<ComboBox>("COMBO"));
+        clock = &pageTwo.add(make<Label>("CLOCK", "14:00:00"));
         combo->setItems({"red", "green", "blue"});
         combo->setText("green");
         auto& row = root.add(make<Container>("row", ContainerKind::Row));

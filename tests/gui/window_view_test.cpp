@@ -301,6 +301,43 @@ TEST_F(WindowViewTest, UnchangedValuesCostNoRepaint) {
     EXPECT_GT(counter.paints, 0) << "the counter sees real repaints";
 }
 
+TEST_F(WindowViewTest, AClockTickingInATabRepaintsItselfNotItsPage) {
+    struct Counter : QObject {
+        int paints = 0;
+        int layouts = 0;
+        bool eventFilter(QObject*, QEvent* e) override {
+            paints += e->type() == QEvent::Paint;
+            layouts += e->type() == QEvent::LayoutRequest;
+            return false;
+        }
+    } clock, page, tabs;
+    // A layout request climbs one parent per turn of the event loop.
+    auto settle = [] {
+        for (int i = 0; i < 10; ++i) QCoreApplication::processEvents();
+    };
+    as<QTabWidget>(w(p->tabs))->setCurrentIndex(1);  // the page with the clock
+    QWidget* label = w(p->clock);
+    p->clock->setCaption("14:00:01");
+    settle();
+    label->installEventFilter(&clock);
+    w(p->combo)->installEventFilter(&page);
+    w(p->tabs)->installEventFilter(&tabs);
+    // A second's worth of digits of every width, as an idle node's clock shows them.
+    for (const char* t : {"14:00:02", "14:00:11", "14:01:18", "14:11:11", "14:59:59", "15:00:00"}) {
+        p->clock->setCaption(t);
+        settle();
+        EXPECT_EQ(as<QLabel>(label)->text(), t);
+    }
+    EXPECT_EQ(clock.paints, 6);
+    EXPECT_EQ(page.paints, 0) << "the list beside the clock was repainted";
+    EXPECT_EQ(tabs.layouts, 0) << "the tab control laid its pages out again";
+
+    // A text too long for the place it had still shows whole.
+    p->clock->setCaption("Hora local: 15:00:01, lunes 23 de noviembre, en la estación del club");
+    settle();
+    EXPECT_GE(label->width(), as<QLabel>(label)->sizeHint().width());
+}
+
 TEST_F(WindowViewTest, ActionsPostedBeforeTheWindowGoesAreDropped) {
     QTest::mouseClick(w(p->other), Qt::LeftButton);
     view.reset();
