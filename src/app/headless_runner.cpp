@@ -94,6 +94,9 @@ int runHeadless(const HeadlessOptions& options) {
         }
     }
     Scheduler& scheduler = suite.scheduler();
+    // In real time an idle node wakes ten times a second, not once per timer
+    // phase; before the windows load and start their timers.
+    scheduler.setShareWakeups(options.realtime);
     Program& program = suite.program();
     const EndOnTerminate lastChance(program);
     const uint64_t seed = options.seed ? *options.seed : options.realtime ? std::random_device{}() : 1;

@@ -44,6 +44,12 @@ void Scheduler::scheduleTimer(Timer& timer, int64_t due) {
     m_timerQueue.push(TimerEntry{due, m_seq++, timer.m_slot, timer.m_generation});
 }
 
+int64_t Scheduler::onGrid(int64_t due, int64_t interval) const {
+    if (!m_shareWakeups) return due;
+    const int64_t grain = interval % 100 == 0 ? 100 : interval % 10 == 0 ? 10 : 1;
+    return (due + grain - 1) / grain * grain;
+}
+
 void Scheduler::dropStale() {
     while (!m_timerQueue.empty()) {
         const TimerEntry& e = m_timerQueue.top();
@@ -116,7 +122,7 @@ void Scheduler::dispatchTimer(const TimerEntry& entry) {
         timer->m_missedWhileRunning = false;
         if (timer->m_generation == generation && timer->running()) {
             timer->m_generation++;
-            scheduleTimer(*timer, now());
+            scheduleTimer(*timer, onGrid(now(), timer->m_interval));
         }
     }
 }
@@ -221,7 +227,7 @@ Timer::~Timer() {
 void Timer::restart() {
     ++m_generation;
     if (running() && m_slot != UINT32_MAX) {
-        m_scheduler.scheduleTimer(*this, m_scheduler.now() + m_interval);
+        m_scheduler.scheduleTimer(*this, m_scheduler.onGrid(m_scheduler.now() + m_interval, m_interval));
         if (m_scheduler.m_wakeHook) m_scheduler.m_wakeHook();
     }
 }

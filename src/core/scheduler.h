@@ -61,6 +61,14 @@ public:
     // so an event loop that sleeps until nextDueTime() can wake up earlier.
     void setWakeHook(std::function<void()> hook) { m_wakeHook = std::move(hook); }
 
+    // Real time: timers whose intervals are whole tenths (or hundredths) of a
+    // second start on that grid of the monotonic clock, up to 99 (9) ms after
+    // one interval, so the hub's and the clock's 100 ms timers and every
+    // 1 s one wake the process together, ten times a second on an idle node,
+    // instead of each on its own phase. Periods stay drift-free. Off by default,
+    // so virtual time (and every test of timer semantics) stays exact.
+    void setShareWakeups(bool on) { m_shareWakeups = on; }
+
     // Where errors that escape a handler go (they are logged; dispatch goes on).
     void setErrorSink(std::function<void(const std::string&)> sink) { m_errorSink = std::move(sink); }
 
@@ -91,6 +99,8 @@ private:
     uint32_t registerTimer(Timer* timer);
     void unregisterTimer(uint32_t slot);
     void scheduleTimer(Timer& timer, int64_t due);
+    // `due`, or with shared wakeups the first point of the timer's grid at or after it.
+    int64_t onGrid(int64_t due, int64_t interval) const;
     // Dispatches the earliest item due at or before `limit`; false if none.
     bool dispatchOne(int64_t limit, bool advanceClock);
     void dropStale();
@@ -107,6 +117,7 @@ private:
     uint64_t m_seq = 0;
     int m_depth = 0;
     bool m_stopped = false;
+    bool m_shareWakeups = false;
     int64_t m_tickDue = -1;  // due time of the timer tick being handled, or -1
     std::function<void(int64_t)> m_blockHook;
     std::function<void()> m_wakeHook;

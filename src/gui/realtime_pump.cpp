@@ -16,6 +16,8 @@ RealTimePump::RealTimePump(Scheduler& scheduler) : m_scheduler(scheduler) {
     m_timer.setTimerType(Qt::PreciseTimer);
     QObject::connect(&m_timer, &QTimer::timeout, [this] { dispatchDue(); });
     m_scheduler.setWakeHook([this] { wake(); });
+    // On the real clock, timers that start apart wake the desktop together.
+    m_scheduler.setShareWakeups(!m_scheduler.clock().isVirtual());
     m_scheduler.setBlockHook([this](int64_t msLeft) { blockStep(msLeft); });
 }
 

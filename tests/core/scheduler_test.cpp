@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -26,6 +28,53 @@ TEST_F(SchedulerTest, FirstTickComesOneIntervalAfterEnabling) {
     EXPECT_EQ(ticks, 1);
     scheduler.runUntil(30000);
     EXPECT_EQ(ticks, 3);
+}
+
+TEST_F(SchedulerTest, SharedWakeupsPutTimersStartedApartOnOneGridAndKeepTheirPeriods) {
+    // Started at odd moments, as windows load in real time: 100 ms, 500 ms
+    // and 1 s timers, and a 10 ms one.
+    struct Started {
+        int interval;
+        int64_t at;
+        std::vector<int64_t> ticks;
+    };
+    auto wakeupsBetween = [](const std::vector<Started>& timers, int64_t from, int64_t to) {
+        std::vector<int64_t> all;
+        for (const Started& s : timers)
+            for (int64_t t : s.ticks)
+                if (t >= from && t < to) all.push_back(t);
+        std::sort(all.begin(), all.end());
+        return std::unique(all.begin(), all.end()) - all.begin();
+    };
+    for (bool share : {false, true}) {
+        VirtualClock c{LocalDateTime{2026, 11, 22, 14, 0, 0, 0}};
+        Scheduler s{c};
+        s.setShareWakeups(share);
+        std::vector<Started> timers = {{100, 3, {}}, {1000, 37, {}}, {500, 71, {}}, {100, 152, {}}, {1000, 999, {}}};
+        std::vector<std::unique_ptr<Timer>> owned;
+        for (Started& t : timers) {
+            s.runUntil(t.at);
+            owned.push_back(std::make_unique<Timer>(s, "t", t.interval, true, [&t, &s] { t.ticks.push_back(s.now()); }));
+        }
+        s.runUntil(5000);
+        for (const Started& t : timers) {
+            ASSERT_FALSE(t.ticks.empty());
+            const int64_t first = t.ticks.front() - t.at;
+            EXPECT_GE(first, t.interval);
+            EXPECT_LE(first, share ? t.interval + 99 : t.interval) << "started at " << t.at;
+            for (size_t i = 1; i < t.ticks.size(); ++i) EXPECT_EQ(t.ticks[i] - t.ticks[i - 1], t.interval);
+            EXPECT_EQ(t.ticks.front() % 100 == 0, share || t.at % 100 == 0) << "started at " << t.at;
+        }
+        EXPECT_EQ(wakeupsBetween(timers, 2000, 3000), share ? 10 : 24);
+    }
+    VirtualClock c{LocalDateTime{2026, 11, 22, 14, 0, 0, 0}};
+    Scheduler s{c};
+    s.setShareWakeups(true);
+    s.runUntil(3);
+    std::vector<int64_t> fine;
+    Timer tenMs(s, "fine", 10, true, [&] { fine.push_back(s.now()); });
+    s.runUntil(100);
+    EXPECT_EQ(fine, (std::vector<int64_t>{20, 30, 40, 50, 60, 70, 80, 90, 100})) << "a 10 ms timer keeps its own grain";
 }
 
 TEST_F(SchedulerTest, ZeroIntervalAndDisabledTimersNeverTick) {
