@@ -43,24 +43,27 @@ std::string usageText() {
            "DTMF control and a chat monitor, against the simulated host.\n"
            "\n"
            "  --settings-dir DIR   keep the settings files in DIR\n"
-           "  --record FILE.wav    record the air (and the transmitter in FILE.wav.tx)\n"
-           "  --headless           run a scenario without a window; needs --scenario\n"
-           "  --scenario FILE      the scenario to run\n"
-           "  --log FILE           write the event log to FILE (default: standard output);\n"
-           "                       SIGUSR1 reopens it, for log rotation\n"
+           "  --log FILE           write the event log to FILE (headless default: standard\n"
+           "                       output; the desktop appends); SIGUSR1 reopens it\n"
            "  --log-queries        log host queries and repeated commands too\n"
-           "  --realtime           run the scenario on the real clock and sound device\n"
+           "  --record FILE.wav    record the air (and the transmitter in FILE.wav.tx)\n"
            "  --seed N             seed the random choices (virtual time default: 1)\n"
-           "  --until DATE-TIME    stop the run at YYYY-MM-DDTHH:MM:SS (local) at the latest\n"
            "  --host simulated|com the simulated node, or the host program through its\n"
            "                       automation interface (Windows builds; their default)\n"
+           "  --headless           run a scenario without a window; needs --scenario\n"
+           "  --scenario FILE      the scenario to run (headless only)\n"
+           "  --realtime           run it on the real clock and sound device (headless only)\n"
+           "  --until DATE-TIME    stop the run at YYYY-MM-DDTHH:MM:SS local time at the\n"
+           "                       latest (headless only)\n"
            "  --help               show this help and exit\n"
            "  --version            show the version and exit\n"
            "\n"
            "The desktop suite also takes the options every Qt program takes, such as\n"
            "-style NAME, -platform NAME, -reverse or -stylesheet FILE (see qt6options(7)).\n"
            "\n"
-           "Exit status: 0 done, 1 could not run, 2 bad command line or scenario.\n"
+           "SIGINT, SIGTERM and SIGHUP release the transmitter and end the run in order.\n"
+           "Exit status: 0 done (also when ended by one of those signals), 1 could not\n"
+           "run or a fatal error, 2 bad command line or scenario.\n"
            "Settings: $XDG_CONFIG_HOME/marrowvane/ (usually ~/.config/marrowvane/).\n"
            "Home page: <https://marrowvane.example.org/>\n";
 }
@@ -132,6 +135,12 @@ CommandLine parseCommandLine(const std::vector<std::string>& arguments) {
         if (missing) return bad(line.error);
     }
     if (line.headless && line.options.scenarioPath.empty()) return bad("--headless needs --scenario FILE");
+    // A desktop run has no scenario to time, and a headless one no Qt: an
+    // option that would do nothing is refused rather than ignored.
+    if (!line.headless && (!line.options.scenarioPath.empty() || line.options.realtime || line.options.until))
+        return bad("--scenario, --realtime and --until go with --headless");
+    if (line.headless && line.qtArguments.size() > 1)
+        return bad("'" + line.qtArguments[1] + "' is an option of the desktop suite, not of --headless");
     return line;
 }
 

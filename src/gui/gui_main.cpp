@@ -57,6 +57,7 @@ int runGui(const std::vector<std::string>& qtArguments, const HeadlessOptions& o
         if (!logFile.path().empty() && !logFile.reopen())
             suite.log().error("", "cannot reopen the log file " + logFile.path() + "; still writing to the old one");
     });
+    if (options.seed) suite.program().seedRandom(*options.seed);
     GuiSession session(suite);
     std::string message;
     const Program::StartResult started = session.start(&guard, message);

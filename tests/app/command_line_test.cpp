@@ -58,6 +58,11 @@ TEST(CommandLineTest, WhatNeitherTheSuiteNorQtTakesIsRefusedWithOneLine) {
         {{"--headless"}, "--headless needs --scenario FILE"},
         {{"--host", "echolink"}, "--host takes simulated or com, not 'echolink'"},
         {{"--until", "tomorrow"}, "--until takes a local date and time, YYYY-MM-DDTHH:MM:SS, not 'tomorrow'"},
+        // A desktop run has no scenario to stop or to pace; Qt's options mean nothing headless.
+        {{"--until", "2026-11-23T06:00:00"}, "--scenario, --realtime and --until go with --headless"},
+        {{"--realtime"}, "--scenario, --realtime and --until go with --headless"},
+        {{"--headless", "--scenario", "a.scn", "-style", "Fusion"},
+         "'-style' is an option of the desktop suite, not of --headless"},
     };
     for (const Case& c : cases) {
         const CommandLine line = parse(c.args);

@@ -23,7 +23,8 @@ for want in "Package: marrowvane" "Section: hamradio" "libqt6widgets6" "libsndfi
 done
 
 files=$(dpkg-deb -c "$deb" | awk '{print $6}')
-for want in ./usr/bin/marrowvane ./usr/share/marrowvane/voice/TheTimeIs.wav \
+for want in ./usr/bin/marrowvane ./usr/libexec/marrowvane/marrowvane-desktop \
+            ./usr/share/marrowvane/voice/TheTimeIs.wav \
             ./usr/share/marrowvane/tones/RF.wav ./usr/share/marrowvane/tones/IP.wav \
             ./usr/share/applications/marrowvane.desktop \
             ./usr/share/icons/hicolor/scalable/apps/marrowvane.svg \
