@@ -45,14 +45,20 @@ void expectReleasedLast(const std::vector<std::string>& lines, const std::string
     }
 }
 
+// A run of `scenario` with its log and settings folder in `dir`.
+HeadlessOptions runIn(const test::TempDir& dir, const std::filesystem::path& scenario) {
+    HeadlessOptions o;
+    o.scenarioPath = scenario.string();
+    o.logPath = (dir.path() / "log.jsonl").string();
+    o.settingsDir = (dir.path() / "settings").string();
+    return o;
+}
+
 TEST(HeadlessRunnerTest, ABadScenarioStopsBeforeAnythingRuns) {
     test::TempDir dir;
     const auto scn = dir.path() / "bad.scn";
     std::ofstream(scn) << "start 2026-11-22 14:00:00\n+1s rx on\n+1s bogus\n";
-    HeadlessOptions o;
-    o.scenarioPath = scn.string();
-    o.logPath = (dir.path() / "log.jsonl").string();
-    o.settingsDir = (dir.path() / "settings").string();
+    HeadlessOptions o = runIn(dir, scn);
     testing::internal::CaptureStderr();
     EXPECT_EQ(runHeadless(o), 2);
     EXPECT_NE(testing::internal::GetCapturedStderr().find("bad.scn:3: unknown verb"), std::string::npos);
@@ -70,10 +76,7 @@ TEST(HeadlessRunnerTest, OperatorMistakesAreLoggedAndTheRunGoesOn) {
                           "+1s chat \"x /ver/\"\n"
                           "+1s log hub.DTMFTIME\n"
                           "+0s log hub.CHECK3\n";
-    HeadlessOptions o;
-    o.scenarioPath = scn.string();
-    o.logPath = (dir.path() / "log.jsonl").string();
-    o.settingsDir = (dir.path() / "settings").string();
+    HeadlessOptions o = runIn(dir, scn);
     EXPECT_EQ(runHeadless(o), 0);
     const std::string log = test::readText(o.logPath);
     EXPECT_NE(log.find("has no control captioned \\\"No Such Button\\\""), std::string::npos) << log;
@@ -95,10 +98,7 @@ TEST(HeadlessRunnerTest, ARunEndingInTheMiddleOfAnAnnouncementStopsItAndReleases
         test::TempDir dir;
         const auto scn = dir.path() / "cut.scn";
         std::ofstream(scn) << "start 2026-11-22 13:59:50\n13:59:52 click hub.\"Say The Time\"\n" << ending;
-        HeadlessOptions o;
-        o.scenarioPath = scn.string();
-        o.logPath = (dir.path() / "log.jsonl").string();
-        o.settingsDir = (dir.path() / "settings").string();
+        HeadlessOptions o = runIn(dir, scn);
         EXPECT_EQ(runHeadless(o), 0);
         const auto lines = linesOf(test::readText(o.logPath));
         expectReleasedLast(lines, "scenario");
@@ -112,10 +112,7 @@ TEST(HeadlessRunnerTest, ASignalEndsARunInVirtualTimeInOrderToo) {
     test::TempDir dir;
     const auto scn = dir.path() / "day.scn";
     std::ofstream(scn) << "start 2026-11-22 13:59:50\n+24h end\n";
-    HeadlessOptions o;
-    o.scenarioPath = scn.string();
-    o.logPath = (dir.path() / "log.jsonl").string();
-    o.settingsDir = (dir.path() / "settings").string();
+    HeadlessOptions o = runIn(dir, scn);
     // Blocked here first, so raising it cannot kill the test before the run looks.
     sigset_t interrupt, previous;
     sigemptyset(&interrupt);
@@ -133,10 +130,7 @@ TEST(HeadlessRunnerTest, UntilStopsARunEarlierThanItsScenarioAndMustBeAfterItsSt
     test::TempDir dir;
     const auto scn = dir.path() / "week.scn";
     std::ofstream(scn) << "start 2026-11-22 13:59:50\n14:00:30 chat \"x /ver/\"\n14:20:00 chat \"x /ver/\"\n+168h end\n";
-    HeadlessOptions o;
-    o.scenarioPath = scn.string();
-    o.logPath = (dir.path() / "log.jsonl").string();
-    o.settingsDir = (dir.path() / "settings").string();
+    HeadlessOptions o = runIn(dir, scn);
     o.until = LocalDateTime{2026, 11, 22, 14, 10, 0, 0};
     EXPECT_EQ(runHeadless(o), 0);
     const auto lines = linesOf(test::readText(o.logPath));
