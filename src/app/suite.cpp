@@ -47,8 +47,10 @@ Suite::Suite(const SuiteOptions& options) {
     m_dialogs = std::make_unique<DialogsProxy>(*m_scripted);
     m_loggingShell = std::make_unique<LoggingShell>(m_log);
     m_shell = std::make_unique<ShellProxy>(*m_loggingShell);
+    m_speech = std::make_unique<EspeakVoice>(*m_scheduler, *m_air);
     m_program = std::make_unique<Program>(
-        Services{*m_scheduler, *link, *m_settings, *m_dialogs, m_log, &m_air->media(), m_shell.get()});
+        Services{*m_scheduler, *link, *m_settings, *m_dialogs, m_log, &m_air->media(), m_shell.get(),
+                 m_speech.get()});
     if (!options.defaultVoiceFolder.empty()) m_program->setDefaultVoiceFolder(options.defaultVoiceFolder);
     if (!options.defaultToneFolder.empty()) m_program->setDefaultToneFolder(options.defaultToneFolder);
     m_program->setSampleFolder(options.sampleFolder);
@@ -60,6 +62,7 @@ Suite::~Suite() {
     m_program.reset();
     m_automation.reset();
     m_host.reset();
+    m_speech.reset();
     m_air.reset();
 }
 

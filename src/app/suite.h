@@ -16,6 +16,7 @@
 #include "core/shell.h"
 #include "platform/audio/air.h"
 #include "platform/simulated_host.h"
+#include "platform/speech/espeak_voice.h"
 
 namespace mv {
 
@@ -91,6 +92,8 @@ public:
     // What goes out over the radio: graphs, host tones, the device and the
     // recorder (`air().startRecording(path)` for --record and the GUI).
     Air& air() { return *m_air; }
+    // The speech voice (espeak-ng), speaking onto the air.
+    EspeakVoice& speech() { return *m_speech; }
 
 private:
     std::unique_ptr<Clock> m_clock;
@@ -98,6 +101,7 @@ private:
     std::unique_ptr<Scheduler> m_scheduler;
     EventLog m_log;
     std::unique_ptr<Air> m_air;
+    std::unique_ptr<EspeakVoice> m_speech;
     std::unique_ptr<SimulatedHost> m_host;
     std::unique_ptr<HostLink> m_automation;
     bool m_hostDrivesWindows = true;

@@ -65,6 +65,11 @@ Shell& Program::shell() {
     return *m_fallbackShell;
 }
 
+SpeechVoice& Program::speech() {
+    if (!m_services.speech) throw SpeechError("no speech voice in this build");
+    return *m_services.speech;
+}
+
 Window& Program::addWindow(std::unique_ptr<Window> window) {
     m_windows.push_back(std::move(window));
     return *m_windows.back();

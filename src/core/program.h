@@ -19,6 +19,7 @@ class SettingsStore;
 class Dialogs;
 class EventLog;
 class MediaFactory;
+class SpeechVoice;
 class HostLink;
 class Shell;
 
@@ -91,6 +92,7 @@ struct Services {
     MediaFactory* media = nullptr;
     // Opens addresses with the desktop; without one, requests are only logged.
     Shell* shell = nullptr;
+    SpeechVoice* speech = nullptr;
 };
 
 class Program {
@@ -108,6 +110,9 @@ public:
     MediaFactory& media();
     bool hasMedia() const { return m_services.media != nullptr; }
     Shell& shell();
+    // The speech voice; throws SpeechError in a build without one.
+    SpeechVoice& speech();
+    bool hasSpeech() const { return m_services.speech != nullptr; }
     const ProductInfo& product() const { return m_product; }
 
     // Windows are added unloaded; the start window loads the others.

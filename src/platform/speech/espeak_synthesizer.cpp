@@ -1,0 +1,136 @@
+#include "platform/speech/espeak_synthesizer.h"
+
+#include <espeak-ng/speak_lib.h>
+
+#include <algorithm>
+#include <cctype>
+#include <cstring>
+
+namespace mv {
+namespace {
+
+// The library hands over audio in buffers of this many milliseconds; small
+// ones let the air start playing soon after the first words are made.
+constexpr int kBufferMs = 40;
+
+bool sameName(const std::string& a, const std::string& b) {
+    return a.size() == b.size() && std::equal(a.begin(), a.end(), b.begin(), [](char x, char y) {
+               return std::tolower(static_cast<unsigned char>(x)) == std::tolower(static_cast<unsigned char>(y));
+           });
+}
+
+// Called by the library on the synthesizer's thread with each buffer.
+int receiveAudio(short* samples, int count, espeak_EVENT* events) {
+    auto* clip = events ? static_cast<SpeechClip*>(events->user_data) : nullptr;
+    if (!clip) return 0;
+    if (samples && count > 0) clip->append(samples, count);
+    return clip->cancelled() ? 1 : 0;
+}
+
+}  // namespace
+
+EspeakSynthesizer& EspeakSynthesizer::instance() {
+    static EspeakSynthesizer synthesizer;
+    return synthesizer;
+}
+
+int EspeakSynthesizer::normalWordsPerMinute() { return espeakRATE_NORMAL; }
+
+EspeakSynthesizer::EspeakSynthesizer() {
+    m_thread = std::thread([this] { run(); });
+    std::unique_lock lock(m_mutex);
+    m_wake.wait(lock, [this] { return m_started; });
+}
+
+EspeakSynthesizer::~EspeakSynthesizer() {
+    {
+        std::lock_guard lock(m_mutex);
+        m_stopping = true;
+        for (Job& job : m_jobs) job.clip->cancel();
+    }
+    m_wake.notify_all();
+    if (m_thread.joinable()) m_thread.join();
+}
+
+void EspeakSynthesizer::start() {
+    const int rate = espeak_Initialize(AUDIO_OUTPUT_SYNCHRONOUS, kBufferMs, nullptr, espeakINITIALIZE_DONT_EXIT);
+    if (rate != kSpeechRate) {
+        m_startError = rate < 0 ? "espeak-ng could not start (is espeak-ng-data installed?)"
+                                : "espeak-ng speaks at " + std::to_string(rate) + " Hz, not " + std::to_string(kSpeechRate);
+        return;
+    }
+    espeak_SetSynthCallback(receiveAudio);
+    if (const espeak_VOICE** voices = espeak_ListVoices(nullptr)) {
+        for (; *voices; ++voices) {
+            const std::string id = (*voices)->identifier ? (*voices)->identifier : "";
+            const std::string name = id.substr(id.rfind('/') + 1);
+            if (!name.empty()) m_voices.push_back(name);
+        }
+    }
+    if (m_voices.empty()) m_startError = "espeak-ng has no voices installed";
+}
+
+void EspeakSynthesizer::run() {
+    start();
+    {
+        std::lock_guard lock(m_mutex);
+        m_started = true;
+    }
+    m_wake.notify_all();
+    for (;;) {
+        Job job;
+        {
+            std::unique_lock lock(m_mutex);
+            m_wake.wait(lock, [this] { return m_stopping || !m_jobs.empty(); });
+            if (m_jobs.empty()) break;
+            job = std::move(m_jobs.front());
+            m_jobs.pop_front();
+        }
+        if (job.clip->cancelled())
+            job.clip->finish();
+        else
+            speak(*job.clip, job.request);
+    }
+    if (m_startError.empty()) espeak_Terminate();
+}
+
+std::string EspeakSynthesizer::findVoice(const std::string& name) const {
+    for (const std::string& v : m_voices)
+        if (sameName(v, name)) return v;
+    return {};
+}
+
+void EspeakSynthesizer::synthesize(std::shared_ptr<SpeechClip> clip, Request request) {
+    {
+        std::lock_guard lock(m_mutex);
+        m_jobs.push_back(Job{std::move(clip), std::move(request)});
+    }
+    m_wake.notify_all();
+}
+
+void EspeakSynthesizer::speak(SpeechClip& clip, const Request& request) {
+    if (!m_startError.empty()) return clip.fail(m_startError);
+    if (request.voice != m_voiceInUse) {
+        if (espeak_SetVoiceByName(request.voice.c_str()) != EE_OK) {
+            m_voiceInUse.clear();
+            return clip.fail("espeak-ng cannot load the voice \"" + request.voice + "\"");
+        }
+        m_voiceInUse = request.voice;
+        m_rateInUse = -1;  // a new voice starts at its own speed
+    }
+    const int rate = std::clamp(request.wordsPerMinute, static_cast<int>(espeakRATE_MINIMUM), static_cast<int>(espeakRATE_MAXIMUM));
+    if (rate != m_rateInUse) {
+        espeak_SetParameter(espeakRATE, rate, 0);
+        m_rateInUse = rate;
+    }
+    // Plain UTF-8 text: no SSML and no phoneme input, so whatever a chat line
+    // or a phrase field holds is spoken as written, never obeyed.
+    const std::string& text = clip.text();
+    const espeak_ERROR r = espeak_Synth(text.c_str(), text.size() + 1, 0, POS_CHARACTER, 0, espeakCHARS_UTF8, nullptr, &clip);
+    if (r != EE_OK && !clip.cancelled())
+        clip.fail("espeak-ng could not speak the text (error " + std::to_string(static_cast<int>(r)) + ")");
+    else
+        clip.finish();
+}
+
+}  // namespace mv
