@@ -5,6 +5,8 @@
 #include "courtesy/courtesy_window.h"
 #include "dtmf/dtmf_control_window.h"
 #include "dtmf/keypad_window.h"
+#include "idents/ident_window.h"
+#include "idents/tts_window.h"
 #include "messages/history_window.h"
 #include "messages/messages_window.h"
 #include "platform/automation_host.h"
@@ -76,6 +78,8 @@ void addModuleWindows(Program& program) {
     program.addWindow(std::make_unique<DtmfControlWindow>(program));
     program.addWindow(std::make_unique<AboutWindow>(program));
     program.addWindow(std::make_unique<KeypadWindow>(program));
+    program.addWindow(std::make_unique<IdentWindow>(program));
+    program.addWindow(std::make_unique<TtsWindow>(program));
 }
 
 namespace {

@@ -31,6 +31,8 @@ struct FileRequest {
     // "Description|pattern;pattern" as the suite's file fields give it.
     std::string filter;
     std::string initialPath;
+    // Which of the filter's entries is chosen when the dialog opens (0 = first).
+    int selectedFilter = 0;
 };
 
 class Dialogs {

@@ -1,6 +1,8 @@
 #include "core/settings_binder.h"
 
+#include <algorithm>
 #include <cctype>
+#include <cstdint>
 
 #include "core/event_log.h"
 #include "core/settings_store.h"
@@ -27,6 +29,12 @@ void SettingsBinder::bindCheck(const std::string& key, CheckBox& box, std::strin
 }
 void SettingsBinder::bindOption(const std::string& key, OptionButton& button, std::string defaultValue) {
     m_entries.push_back({key, Kind::Option, &button, std::move(defaultValue), {}, {}});
+}
+void SettingsBinder::bindSlider(const std::string& key, Slider& slider, std::string defaultValue) {
+    m_entries.push_back({key, Kind::Slider, &slider, std::move(defaultValue), {}, {}});
+}
+void SettingsBinder::bindCombo(const std::string& key, ComboBox& combo, std::string defaultValue) {
+    m_entries.push_back({key, Kind::Combo, &combo, std::move(defaultValue), {}, {}});
 }
 void SettingsBinder::bindPosition(const std::string& key, std::function<float()> get, std::function<void(float)> set,
                                   std::string defaultValue) {
@@ -73,6 +81,13 @@ void SettingsBinder::apply(const Entry& e, const std::string& text, EventLog& lo
             static_cast<OptionButton*>(e.control)->setValue(v);
             return;
         }
+        case Kind::Slider: {
+            long long v = 0;
+            if (!setting::parseWhole(text, v)) setting::parseWhole(fallback("whole-number"), v);
+            static_cast<Slider*>(e.control)->setValue(static_cast<int>(std::clamp<long long>(v, INT32_MIN, INT32_MAX)));
+            return;
+        }
+        case Kind::Combo: static_cast<ComboBox*>(e.control)->setText(text); return;
         case Kind::Position: {
             float v = 0;
             if (!setting::parsePosition(text, v)) setting::parsePosition(fallback("position"), v);
@@ -99,6 +114,8 @@ std::string SettingsBinder::textOf(const Entry& e) const {
         case Kind::Text: return static_cast<TextBox*>(e.control)->text();
         case Kind::Check: return std::to_string(static_cast<CheckBox*>(e.control)->value());
         case Kind::Option: return setting::optionText(static_cast<OptionButton*>(e.control)->value());
+        case Kind::Slider: return std::to_string(static_cast<Slider*>(e.control)->value());
+        case Kind::Combo: return static_cast<ComboBox*>(e.control)->text();
         case Kind::Position: return setting::positionText(e.getPosition());
     }
     return {};

@@ -22,6 +22,9 @@ public:
     void bindText(const std::string& key, TextBox& box, std::string defaultValue);
     void bindCheck(const std::string& key, CheckBox& box, std::string defaultValue);
     void bindOption(const std::string& key, OptionButton& button, std::string defaultValue);
+    // A slider's position as a decimal whole number ("-5", "50").
+    void bindSlider(const std::string& key, Slider& slider, std::string defaultValue);
+    void bindCombo(const std::string& key, ComboBox& combo, std::string defaultValue);
     void bindPosition(const std::string& key, std::function<float()> get, std::function<void(float)> set,
                       std::string defaultValue);
 
@@ -38,7 +41,7 @@ public:
     const std::string* defaultOf(const std::string& key) const;
 
 private:
-    enum class Kind { Text, Check, Option, Position };
+    enum class Kind { Text, Check, Option, Slider, Combo, Position };
     struct Entry {
         std::string key;
         Kind kind;

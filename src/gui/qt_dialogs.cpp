@@ -97,6 +97,8 @@ std::optional<std::string> QtDialogs::fileDialog(const FileRequest& request, boo
     dialog.setOption(QFileDialog::DontUseNativeDialog);
     dialog.setAcceptMode(save ? QFileDialog::AcceptSave : QFileDialog::AcceptOpen);
     dialog.setFileMode(save ? QFileDialog::AnyFile : QFileDialog::ExistingFile);
+    const QStringList filters = dialog.nameFilters();
+    if (request.selectedFilter > 0 && request.selectedFilter < filters.size()) dialog.selectNameFilter(filters[request.selectedFilter]);
     beforeWait();
     const int result = dialog.exec();
     stopIfEnded();

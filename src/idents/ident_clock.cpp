@@ -1,0 +1,54 @@
+#include "idents/ident_clock.h"
+
+#include "core/errors.h"
+#include "core/module_surfaces.h"
+#include "core/program.h"
+#include "idents/ident_window.h"
+#include "idents/speech_engine.h"
+#include "idents/station_ident.h"
+
+namespace mv {
+IdentClock::IdentClock(IdentWindow& window) : m_window(window) {}
+
+void IdentClock::build(WindowParts parts, Container& row) {
+    m_showTime = &row.add(parts.make<Label>("ShowTime", "00:00:00"));
+    m_reception = &row.add(parts.make<Label>("PTT2", ""));
+    parts.makeTimer("Timer1", 1000, true, [this] { secondTick(); });
+    parts.makeTimer("Timer3", 1000, true, [this] { keepKeyedForPlayers(); });
+}
+
+void IdentClock::secondTick() {
+    m_showTime->setCaption(m_window.program().scheduler().wallNow().timeText());
+    m_window.program().scheduler().processPendingEvents();
+    for (auto& [text, count] : m_lengths) count->setCaption(std::to_string(characterCount(text->text())));
+    ignoreErrors([this] { handOverQueuedSpeech(); });
+    m_window.restateHostWait();
+    bool receiving = false;
+    ignoreErrors([&] { receiving = followReception(); });
+    ignoreErrors([&] { m_window.ident().restartOnActivity(receiving); });
+}
+
+void IdentClock::handOverQueuedSpeech() {
+    const Program& program = m_window.program();
+    for (const char* w : {"hub", "player", "idents"})
+        if (showsPttOn(program, w)) return;
+    if (m_window.speech().pending()) m_window.speech().speakTheText();
+}
+
+bool IdentClock::followReception() {
+    const bool receiving = m_window.host().isReceiving();
+    m_reception->setCaption(receiving ? kReceivingSignal : kNotReceiving);
+    m_window.ident().followReception(receiving);
+    if (!receiving) {
+        if (DtmfControl* dtmf = surfaceOf<DtmfControl>(m_window.program(), "dtmf")) dtmf->startDelayTimer();
+    }
+    return receiving;
+}
+
+void IdentClock::keepKeyedForPlayers() {
+    const Program& program = m_window.program();
+    if (showsPttOn(program, "hub") || showsPttOn(program, "player"))
+        ignoreErrors([this] { m_window.host().setPTT(true); });
+}
+
+}  // namespace mv
