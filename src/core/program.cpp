@@ -71,6 +71,11 @@ SpeechVoice& Program::speech() {
 }
 
 Window& Program::addWindow(std::unique_ptr<Window> window) {
+    for (auto& existing : m_windows) {
+        if (existing->name() != window->name() || existing->isLoaded()) continue;
+        existing = std::move(window);
+        return *existing;
+    }
     m_windows.push_back(std::move(window));
     return *m_windows.back();
 }

@@ -115,7 +115,9 @@ public:
     bool hasSpeech() const { return m_services.speech != nullptr; }
     const ProductInfo& product() const { return m_product; }
 
-    // Windows are added unloaded; the start window loads the others.
+    // Windows are added unloaded; the start window loads the others. A window
+    // added under the name of one not loaded yet takes its place (a test's
+    // stand-in for a module window).
     Window& addWindow(std::unique_ptr<Window> window);
     Window* window(std::string_view name) const;
     const std::vector<std::unique_ptr<Window>>& windows() const { return m_windows; }
