@@ -53,6 +53,9 @@ Suite::Suite(const SuiteOptions& options) {
     m_program = std::make_unique<Program>(
         Services{*m_scheduler, *link, *m_settings, *m_dialogs, m_log, &m_air->media(), m_shell.get(),
                  m_speech.get()});
+    // Whatever is still being spoken when the program ends goes silent
+    // before the transmitter is released for the last time.
+    m_speechStop = m_program->addAirStop("speech", [this] { m_speech->purge(); });
     if (!options.defaultVoiceFolder.empty()) m_program->setDefaultVoiceFolder(options.defaultVoiceFolder);
     if (!options.defaultToneFolder.empty()) m_program->setDefaultToneFolder(options.defaultToneFolder);
     m_program->setSampleFolder(options.sampleFolder);

@@ -102,6 +102,7 @@ private:
     EventLog m_log;
     std::unique_ptr<Air> m_air;
     std::unique_ptr<EspeakVoice> m_speech;
+    AirStop m_speechStop;
     std::unique_ptr<SimulatedHost> m_host;
     std::unique_ptr<HostLink> m_automation;
     bool m_hostDrivesWindows = true;
