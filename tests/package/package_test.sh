@@ -18,7 +18,7 @@ deb=$(ls "$work"/out/marrowvane_*.deb 2>/dev/null | head -n 1)
 
 info=$(dpkg-deb -I "$deb")
 for want in "Package: marrowvane" "Section: hamradio" "libqt6widgets6" "libsndfile1" \
-            "libfluidsynth3" "libportaudio2" "qt6-qpa-plugins" "espeak-ng-data"; do
+            "libfluidsynth3" "libportaudio2" "libespeak-ng1" "qt6-qpa-plugins" "espeak-ng-data"; do
   grep -q -- "$want" <<<"$info" || fail "the control file lacks \"$want\""
 done
 
