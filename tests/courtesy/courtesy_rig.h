@@ -13,6 +13,7 @@
 #include "core/module_surfaces.h"
 #include "courtesy/courtesy_window.h"
 #include "support/read_text.h"
+#include "support/stand_in_window.h"
 #include "support/suite_rig.h"
 
 namespace mv::test {
@@ -49,15 +50,6 @@ private:
     bool m_pending = false;
 };
 
-// A window under the ident window's name that offers no speech desk.
-class Voiceless final : public Window {
-public:
-    explicit Voiceless(Program& program) : Window(program, "idents") {}
-
-protected:
-    void build() override { setRoot(make<Container>("identsRoot", ContainerKind::Column)); }
-};
-
 enum class IdentVoice { StandIn, Suites, None };
 
 class CourtesyRig : public SuiteRig {
@@ -76,7 +68,7 @@ protected:
             // The stand-in or the voiceless window goes in the ident window's place.
             if (identVoice == IdentVoice::StandIn)
                 voice = static_cast<SpokenWords*>(&s.program().addWindow(std::make_unique<SpokenWords>(s.program())));
-            if (identVoice == IdentVoice::None) s.program().addWindow(std::make_unique<Voiceless>(s.program()));
+            if (identVoice == IdentVoice::None) s.program().addWindow(std::make_unique<StandInWindow>(s.program(), "idents"));
             if (!recordPath.empty()) s.air().startRecording(recordPath);
         });
         courtesy = static_cast<CourtesyWindow*>(suite->program().window("courtesy"));

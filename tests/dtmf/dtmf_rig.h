@@ -7,26 +7,18 @@
 #include <vector>
 
 #include "dtmf/dtmf_control_window.h"
+#include "support/stand_in_window.h"
 #include "support/suite_rig.h"
 
 namespace mv::test {
 
-// The ident window restarts the DTMF delay every second nothing is received;
-// these tests drive the delay themselves, so a window that does nothing
-// stands in for it.
-class QuietIdents final : public Window {
-public:
-    explicit QuietIdents(Program& program) : Window(program, "idents") {}
-
-protected:
-    void build() override { setRoot(make<Container>("identsRoot", ContainerKind::Column)); }
-};
-
 class DtmfRig : public SuiteRig {
 protected:
     void start() {
+        // The ident window restarts the DTMF delay every second nothing is
+        // received; these tests drive the delay themselves, so it stays out.
         startSuite({2026, 11, 22, 10, 0, 0, 0}, "/usr/share/marrowvane/voice/",
-                   [](Suite& s) { s.program().addWindow(std::make_unique<QuietIdents>(s.program())); });
+                   [](Suite& s) { s.program().addWindow(std::make_unique<StandInWindow>(s.program(), "idents")); });
         dtmf = static_cast<DtmfControlWindow*>(suite->program().window("dtmf"));
     }
     TextBox& text(const std::string& name) { return *dtmf->controlAs<TextBox>(name); }
