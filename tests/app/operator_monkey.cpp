@@ -493,6 +493,7 @@ MonkeyReport runOperatorMonkey(const MonkeyOptions& options) {
     // The folders a headless run of the written scenario uses too.
     so.defaultVoiceFolder = installedVoiceFolder();
     so.defaultToneFolder = installedToneFolder();
+    so.sampleFolder = installedSampleFolder();
     Suite suite(so);
     Program& program = suite.program();
 

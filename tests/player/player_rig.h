@@ -6,6 +6,7 @@
 #include <functional>
 #include <sstream>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "air/audio_fixtures.h"
@@ -24,6 +25,14 @@ protected:
         startSuite(at, std::string(MV_TEST_VOICE_DIR) + "/", [&](Suite& s) {
             s.program().setSampleFolder(samples ? std::string(MV_TEST_SAMPLES_DIR) + "/" : "");
             if (record) s.air().startRecording(airPath());
+            // The host keeps only its latest commands, and the other windows'
+            // polling fills that record within hours of virtual time: the
+            // player's keyings are noted as they are made.
+            playerKeying.clear();
+            s.host().setCommandListener([this](const SimulatedHost::Command& c) {
+                if (c.window == "player" && c.call == "SetPTT" && c.args.size() == 1)
+                    playerKeying.push_back({c.timeMs, c.args[0] == "true"});
+            });
         });
         player = static_cast<PlayerWindow*>(suite->program().window("player"));
         hub = suite->program().window("hub");
@@ -61,11 +70,15 @@ protected:
         operate([&] { player->controlAs<TextBox>(FileRows::fileKey(row))->setText(path); });
     }
 
+    // Forgets the host's commands so far, the player's keyings with them.
+    void clearCommands() {
+        suite->host().clearCommands();
+        playerKeying.clear();
+    }
     // SetPTT calls from the player window: true (keyed) or false (released).
     size_t playerPtt(bool on) const {
         size_t n = 0;
-        for (const auto& c : suite->host().commands())
-            n += c.window == "player" && c.call == "SetPTT" && c.args == std::vector<std::string>{on ? "true" : "false"};
+        for (const auto& [atMs, keyed] : playerKeying) n += keyed == on;
         return n;
     }
     // The files the player ran, in order.
@@ -82,9 +95,8 @@ protected:
     // Monotonic times at which the player keyed the transmitter.
     std::vector<int64_t> keyTimes() const {
         std::vector<int64_t> out;
-        for (const auto& c : suite->host().commands())
-            if (c.window == "player" && c.call == "SetPTT" && c.args == std::vector<std::string>{"true"})
-                out.push_back(c.timeMs);
+        for (const auto& [atMs, keyed] : playerKeying)
+            if (keyed) out.push_back(atMs);
         return out;
     }
     // Runs until the host's transmitter drops; returns when, or -1 within `limitMs`.
@@ -99,6 +111,8 @@ protected:
 
     PlayerWindow* player = nullptr;
     Window* hub = nullptr;
+    // The player's SetPTT calls: when, and whether it keyed.
+    std::vector<std::pair<int64_t, bool>> playerKeying;
 };
 
 // Monotonic ms of a wall time on the rig's start day, for a suite started at `start`.

@@ -284,7 +284,7 @@ TEST_F(SelectionTest, WhileOnTheAirTheHubsReleaseCheckIsHeldOff) {
     run(3000);
     // The hub's idle check unkeys once a second; none of that while the file plays.
     ASSERT_GE(suite->host().countCommands("SetPTT", "hub"), 2u);
-    suite->host().clearCommands();
+    clearCommands();
     clickControl("PlayRow1");
     const int64_t released = releasedWithin(7000);
     ASSERT_GT(released, 0);
@@ -299,7 +299,7 @@ TEST_F(SelectionTest, AClockAnnouncementDuringABeaconKeepsTheAirKeyedUntilBothEn
     setRow(1, tone("four.wav", 4.0));
     type("TEXT4", "55");
     runTo(9, 59, 58);
-    suite->host().clearCommands();
+    clearCommands();
     suite->host().receiveDTMF("55");
     runTo(10, 0, 20);
     EXPECT_FALSE(suite->host().pttKeyed());
