@@ -80,7 +80,19 @@ for scenario in examples/*.scn tests/windows/scenarios/*.scn; do
   shared "$work/$name/linux.jsonl" >"$work/$name/linux.shared"
   shared "$work/$name/windows.jsonl" >"$work/$name/windows.shared"
   calls=$(wc -l <"$work/$name/linux.shared")
-  if [ "$calls" -eq 0 ]; then
+  last_ptt=$(grep '"call":"SetPTT"' "$work/$name/windows.jsonl" | tail -n 1 || true)
+  if grep -q '"kind":"speech"' "$work/$name/linux.jsonl"; then
+    # The Windows build has no speech voice yet: its utterances fail (an
+    # error line, nothing keyed), so its timeline parts from the Linux one at
+    # the first. It must still end cleanly with the transmitter released.
+    if ! tail -n 1 "$work/$name/windows.jsonl" | grep -q '"kind":"end"' || ! grep -q '\[false\]' <<<"$last_ptt"; then
+      echo "test-windows: $scenario: the Windows run without a voice did not end cleanly, unkeyed" >&2
+      tail -n 5 "$work/$name/windows.jsonl" >&2
+      failed=1
+    else
+      step "$scenario: speaks, so not compared (no voice on Windows yet); ended unkeyed"
+    fi
+  elif [ "$calls" -eq 0 ]; then
     echo "test-windows: $scenario: the Linux run made no host call at all" >&2
     failed=1
   elif ! diff -u "$work/$name/linux.shared" "$work/$name/windows.shared" >"$work/$name/diff"; then

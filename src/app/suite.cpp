@@ -13,6 +13,9 @@
 #include "platform/running_program.h"
 #include "player/player_window.h"
 #include "platform/settings_folder.h"
+#ifdef MV_HAVE_SPEECH
+#include "platform/speech/espeak_voice.h"
+#endif
 
 namespace mv {
 
@@ -49,13 +52,15 @@ Suite::Suite(const SuiteOptions& options) {
     m_dialogs = std::make_unique<DialogsProxy>(*m_scripted);
     m_loggingShell = std::make_unique<LoggingShell>(m_log);
     m_shell = std::make_unique<ShellProxy>(*m_loggingShell);
+#ifdef MV_HAVE_SPEECH
     m_speech = std::make_unique<EspeakVoice>(*m_scheduler, *m_air);
+#endif
     m_program = std::make_unique<Program>(
         Services{*m_scheduler, *link, *m_settings, *m_dialogs, m_log, &m_air->media(), m_shell.get(),
                  m_speech.get()});
     // Whatever is still being spoken when the program ends goes silent
     // before the transmitter is released for the last time.
-    m_speechStop = m_program->addAirStop("speech", [this] { m_speech->purge(); });
+    if (m_speech) m_speechStop = m_program->addAirStop("speech", [this] { m_speech->purge(); });
     if (!options.defaultVoiceFolder.empty()) m_program->setDefaultVoiceFolder(options.defaultVoiceFolder);
     if (!options.defaultToneFolder.empty()) m_program->setDefaultToneFolder(options.defaultToneFolder);
     m_program->setSampleFolder(options.sampleFolder);

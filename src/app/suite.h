@@ -16,7 +16,7 @@
 #include "core/shell.h"
 #include "platform/audio/air.h"
 #include "platform/simulated_host.h"
-#include "platform/speech/espeak_voice.h"
+#include "core/speech.h"
 
 namespace mv {
 
@@ -92,8 +92,9 @@ public:
     // What goes out over the radio: graphs, host tones, the device and the
     // recorder (`air().startRecording(path)` for --record and the GUI).
     Air& air() { return *m_air; }
-    // The speech voice (espeak-ng), speaking onto the air.
-    EspeakVoice& speech() { return *m_speech; }
+    // The speech voice (espeak-ng), speaking onto the air; null in a build
+    // without one.
+    SpeechVoice* speech() { return m_speech.get(); }
 
 private:
     std::unique_ptr<Clock> m_clock;
@@ -101,7 +102,7 @@ private:
     std::unique_ptr<Scheduler> m_scheduler;
     EventLog m_log;
     std::unique_ptr<Air> m_air;
-    std::unique_ptr<EspeakVoice> m_speech;
+    std::unique_ptr<SpeechVoice> m_speech;
     AirStop m_speechStop;
     std::unique_ptr<SimulatedHost> m_host;
     std::unique_ptr<HostLink> m_automation;

@@ -106,11 +106,11 @@ TEST_F(IdentWindowTest, TheClosePromptKeepsRunningOnNoAndReleasesEverythingOnYes
     other->setPTT(true);
     suite->host().setDtr(true);
     operate([&] { button("Say Call Now").click(); });
-    ASSERT_TRUE(suite->speech().speaking());
+    ASSERT_TRUE(suite->speech()->speaking());
     suite->scriptedDialogs().queueAnswer("Yes");
     operate([&] { idents->closeBox(); });
     EXPECT_TRUE(suite->program().ended());
-    EXPECT_FALSE(suite->speech().speaking()) << "the end silences the voice";
+    EXPECT_FALSE(suite->speech()->speaking()) << "the end silences the voice";
     EXPECT_FALSE(suite->host().pttKeyed());
     EXPECT_FALSE(suite->host().dtr());
     EXPECT_FALSE(suite->host().rts());

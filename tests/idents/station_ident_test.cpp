@@ -225,7 +225,7 @@ TEST_F(StationIdentTest, IdentButtonsFillAnEmptyCallAndSpeakKeyedOrNot) {
     ASSERT_EQ(speechLines().size(), 2u);
     EXPECT_NE(speechLines()[1].find(R"("text":"No Callsign","keyed":false)"), std::string::npos);
     EXPECT_EQ(calls("SetPTT").size(), keyings) << "unkeyed speech keys nothing";
-    EXPECT_TRUE(suite->speech().speaking());
+    EXPECT_TRUE(suite->speech()->speaking());
 }
 
 TEST(SplitCall, EveryCharacterIsFollowedByOneBlank) {
