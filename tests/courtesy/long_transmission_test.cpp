@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include "courtesy_rig.h"
+#include "platform/audio/air_recorder.h"
 
 namespace mv {
 namespace {
@@ -71,6 +72,33 @@ TEST_F(LongTransmissionTest, TalkingThroughSeveralPeriodsStillGetsOneMessage) {
     internetOver(2500, 200000);
     at(230000);
     EXPECT_EQ(count("SendChatText"), 1u);
+}
+
+TEST_F(LongTransmissionTest, TheSuitesOwnIdentWindowSpeaksTheRfMessageKeyedAndFreesTheTransmitter) {
+    recordPath = (dir.path() / "air.wav").string();
+    start(kRfSide, test::IdentVoice::Suites);
+    ASSERT_NE(surfaceOf<SpeechDesk>(suite->program(), "idents"), nullptr) << "the suite has an ident window";
+    rfOver(2500, 162500);
+    at(175000);
+    std::vector<int64_t> keyed;
+    for (const auto& c : suite->host().commands())
+        if (c.call == "SetPTT" && c.window == "idents" && c.args.at(0) == "true" && c.timeMs - origin > 162500)
+            keyed.push_back(c.timeMs - origin);
+    ASSERT_EQ(keyed.size(), 1u) << "keyed once, for the message";
+    EXPECT_GE(keyed[0] - 162500, 3000);
+    EXPECT_LE(keyed[0] - 162500, 4000);
+    EXPECT_EQ(logCount(R"("window":"idents","op":"speak","text":"Sea breve, por favor","keyed":true)"), 1u);
+    EXPECT_FALSE(courtesy->longTransmission().rfPending());
+    EXPECT_FALSE(suite->host().pttKeyed()) << "released after the utterance";
+
+    suite->air().stopRecording();
+    const AirRecording air = AirRecording::load(recordPath);
+    EXPECT_LT(air.peakWhileUnkeyed(), 1e-4f) << "the voice is heard only keyed";
+    // The RF courtesy's Morse comes first; the voice follows the key.
+    double spokenMs = 0;
+    for (const auto& span : air.soundSpans())
+        if (span.startMs >= keyed[0] - 1) spokenMs += span.lengthMs();
+    EXPECT_GT(spokenMs, 500.0) << "the message was spoken";
 }
 
 TEST_F(LongTransmissionTest, AStationBackBeforeTheMessageHoldsItUntilItStopsAgain) {
