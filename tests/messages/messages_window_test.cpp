@@ -80,7 +80,7 @@ TEST_F(MessagesTest, LoadsOnItsFirstButtonPressAndSeesNoChatFromBefore) {
     EXPECT_FLOAT_EQ(window->leftTwips(), 300);
     EXPECT_FLOAT_EQ(window->topTwips(), 300);
 
-    // Both windows answer a version request; no ident window is no obstacle.
+    // Both windows answer a version request.
     chat("N0CALL>que /ver/ usas");
     EXPECT_EQ(suite->host().countCommands("SendChatText", "hub"), 2u);
     EXPECT_EQ(suite->host().countCommands("SendChatText", "messages"), 1u);
@@ -202,6 +202,25 @@ TEST_F(MessagesTest, EveryMessageGoesToBeReadAloudWhenMensajeTextoIsTickedEvenAH
     });
     chat("N0CALL>gris");
     EXPECT_FALSE(idents->speechPending());
+}
+
+TEST_F(MessagesTest, WithTheSuitesIdentWindowAHiddenMessageGoesOutSpokenOnceTheAirIsFree) {
+    open(false);
+    Window* realIdents = suite->program().window("idents");
+    ASSERT_TRUE(realIdents && realIdents->isLoaded());
+    operate([&] {
+        realIdents->controlAs<CheckBox>("SayText")->setValue(1);
+        text("FILTERTEXT1").typeText("tonto");
+    });
+    suite->host().setCarrier(true);
+    chat("N0CALL>eres tonto");
+    run(3000);
+    EXPECT_EQ(logCount("\"kind\":\"speech\""), 0u) << "not while a local station is heard";
+    suite->host().setCarrier(false);
+    run(10000);
+    EXPECT_TRUE(lines().empty());
+    EXPECT_EQ(logCount(R"("text":"Message from  N0CALL>eres tonto","keyed":true)"), 1u);
+    EXPECT_FALSE(suite->host().pttKeyed()) << "released after the utterance";
 }
 
 TEST_F(MessagesTest, SettingsLoadFromOstrevelAndSaveInTheirOrderThroughA265CharacterBuffer) {
