@@ -1,9 +1,10 @@
 #pragma once
 // One simulated day of the whole suite in virtual time per iteration, timed:
 // the frame the day-long benchmarks share. Reports simulated seconds per wall
-// second and the timer ticks of the day; each benchmark sets its suite up
-// before the day starts and adds counters of its own after it.
+// second and per CPU second and the timer ticks of the day; each benchmark
+// sets its suite up before the day starts and adds counters of its own after it.
 #include <benchmark/benchmark.h>
+#include <sys/resource.h>
 
 #include <chrono>
 #include <filesystem>
@@ -14,6 +15,45 @@
 
 namespace mv::bench {
 
+// How fast simulated time went: against the wall clock and against the CPU
+// time of the whole process (every thread: the speech voice makes its sound
+// on one of its own). On a shared machine the wall clock also counts the time
+// other programs held the cores; the CPU time does not.
+class SimulatedRate {
+public:
+    void start() {
+        m_wall0 = std::chrono::steady_clock::now();
+        m_cpu0 = cpuSeconds();
+    }
+    // Ends a timed stretch that simulated `simulatedSeconds`; returns its wall seconds.
+    double stop(double simulatedSeconds) {
+        const double wall = std::chrono::duration<double>(std::chrono::steady_clock::now() - m_wall0).count();
+        m_wall += wall;
+        m_cpu += cpuSeconds() - m_cpu0;
+        m_simulated += simulatedSeconds;
+        return wall;
+    }
+    void report(benchmark::State& state) const {
+        state.counters["simulated_s_per_wall_s"] = m_simulated / m_wall;
+        state.counters["simulated_s_per_cpu_s"] = m_simulated / m_cpu;
+        state.counters["cpu_s_per_day"] = m_cpu * 86400 / m_simulated;
+    }
+
+private:
+    static double cpuSeconds() {
+        rusage u{};
+        getrusage(RUSAGE_SELF, &u);
+        auto seconds = [](const timeval& t) { return static_cast<double>(t.tv_sec) + t.tv_usec / 1e6; };
+        return seconds(u.ru_utime) + seconds(u.ru_stime);
+    }
+
+    std::chrono::steady_clock::time_point m_wall0;
+    double m_cpu0 = 0;
+    double m_wall = 0;
+    double m_cpu = 0;
+    double m_simulated = 0;
+};
+
 struct SimulatedDay {
     std::function<void(SuiteOptions&)> configure;  // before the suite is made
     std::function<void(Suite&)> prepare;           // after start-up, before the day
@@ -23,8 +63,7 @@ struct SimulatedDay {
 inline void runSimulatedDays(benchmark::State& state, const std::string& scratchName, const SimulatedDay& day) {
     const auto dir = std::filesystem::temp_directory_path() / scratchName;
     std::filesystem::create_directories(dir);
-    double simulatedSeconds = 0;
-    double wallSeconds = 0;
+    SimulatedRate rate;
     for (auto _ : state) {
         SuiteOptions o;
         o.settingsDir = dir;
@@ -38,16 +77,13 @@ inline void runSimulatedDays(benchmark::State& state, const std::string& scratch
             day.prepare(suite);
             scheduler.runUntil(scheduler.now());
         }
-        const auto t0 = std::chrono::steady_clock::now();
+        rate.start();
         scheduler.runUntil(scheduler.now() + 86400000);
-        const double wall = std::chrono::duration<double>(std::chrono::steady_clock::now() - t0).count();
-        state.SetIterationTime(wall);
-        wallSeconds += wall;
-        simulatedSeconds += 86400;
+        state.SetIterationTime(rate.stop(86400));
         state.counters["ticks_per_day"] = static_cast<double>(scheduler.dispatchedTicks());
         if (day.finish) day.finish(suite);
     }
-    state.counters["simulated_s_per_wall_s"] = simulatedSeconds / wallSeconds;
+    rate.report(state);
     std::filesystem::remove_all(dir);
 }
 

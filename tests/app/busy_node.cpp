@@ -9,6 +9,7 @@
 #include "app/suite.h"
 #include "core/controls.h"
 #include "core/dialogs.h"
+#include "core/event_log.h"
 
 namespace mv::test {
 namespace {
@@ -78,16 +79,21 @@ public:
         so.logStream = &m_logStream;
         so.defaultVoiceFolder = m_options.voiceFolder;
         so.defaultToneFolder = m_options.toneFolder;
+        so.sampleFolder = m_options.sampleFolder;
         m_suite = std::make_unique<Suite>(so);
         m_suite->program().seedRandom(m_options.seed);
         m_suite->dialogs().setTarget(m_noDialogs);
         m_suite->host().setStateListener([this] { watchTransmitter(); });
+        m_suite->host().setCommandListener([this](const SimulatedHost::Command& c) { m_report.morseSent += c.call == "SendCW"; });
+        m_suite->log().addListener([this](const LogRecord& r) { count(r); });
+        const int64_t startedAt = now();
         std::string why;
         if (m_suite->program().start("hub", nullptr, why) != Program::StartResult::Started) {
             fail("the suite did not start: " + why);
             return m_report;
         }
         setCodes();
+        if (m_options.everyModuleAtWork) setEveryModuleToWork();
         m_suite->host().setRandomFaults(m_options.failShare, m_options.busyShare,
                                         static_cast<uint32_t>(m_options.seed * 7919 + 1));
 
@@ -108,6 +114,8 @@ public:
         m_report.faults = m_suite->host().faultCounts();
         m_report.errorLines = m_logCounter.errors;
         m_report.logLines = m_logCounter.lines;
+        m_report.timerTicks = m_suite->scheduler().dispatchedTicks();
+        m_report.simulatedMs = now() - startedAt;
         return m_report;
     }
 
@@ -166,6 +174,64 @@ private:
         // suite keys and releases after every over.
         if (Window* courtesy = m_suite->program().window("courtesy"); courtesy && courtesy->isLoaded())
             if (auto* tones = courtesy->controlAs<OptionButton>("OPTION2")) tones->setValue(true);
+    }
+
+    // What the suite did on the air, read from its log as it is written.
+    void count(const LogRecord& r) {
+        auto op = [&r]() -> std::string {
+            for (const LogField& f : r.fields)
+                if (f.key == "op")
+                    if (const auto* v = std::get_if<LogValue>(&f.value))
+                        if (const auto* text = std::get_if<std::string>(v)) return *text;
+            return {};
+        };
+        if (r.kind == "speech") m_report.utterances += op() == "speak";
+        else if (r.kind == "media") m_report.filesPlayed += op() == "run";
+        else if (r.kind == "dtmf") ++m_report.dtmfCommands;
+    }
+
+    // Everything an operator can switch on, on: both idents every ten
+    // minutes, chat read aloud, the long-over message after a minute on
+    // either side, the time-outs counting, the player's beacons every five
+    // minutes and on the hour, quarters and half hour, and the text message
+    // window open (it is loaded by its hub button, not at start-up).
+    void setEveryModuleToWork() {
+        Program& program = m_suite->program();
+        auto window = [&](const char* name) -> Window* {
+            Window* w = program.window(name);
+            if (!w) return nullptr;
+            w->load();
+            if (!w->isLoaded()) fail(std::string("the ") + name + " window did not load");
+            return w->isLoaded() ? w : nullptr;
+        };
+        auto text = [&](Window* w, const char* field, const std::string& value) {
+            if (auto* box = w ? w->controlAs<TextBox>(field) : nullptr) box->setText(value);
+            else fail(std::string("no text box ") + field);
+        };
+        auto tick = [&](Window* w, const char* box) {
+            if (auto* check = w ? w->controlAs<CheckBox>(box) : nullptr) check->setValue(1);
+            else fail(std::string("no check box ") + box);
+        };
+        if (Window* messages = window("messages")) messages->show();
+        if (Window* idents = window("idents")) {
+            text(idents, "Callsign", "Este es el nodo E A 4 X Y Z, setenta y tres");
+            text(idents, "BeaconPeriod6", "10");
+            tick(idents, "StopClock6");
+            text(idents, "CWCallsign", "EA4XYZ");
+            text(idents, "BeaconPeriod7", "10");
+            tick(idents, "StopClock7");
+            tick(idents, "SayText");
+        }
+        if (Window* courtesy = window("courtesy")) {
+            text(courtesy, "TEXT6", "Por favor, haga pausas entre cambios");
+            text(courtesy, "BEACONPERIOD", "60");
+            for (const char* box : {"CHECK2", "CHECK3", "CHECK4", "CHECK7"}) tick(courtesy, box);
+        }
+        if (Window* player = window("player")) {
+            for (const char* box : {"ONHOUR", "QUARTERHOUR", "HALFHOUR", "StopClock1"}) tick(player, box);
+            text(player, "BeaconPeriod1", "5");
+        }
+        window("tts");
     }
 
     // The transmitter's stretches: each one measured, none longer than the limit.

@@ -25,6 +25,12 @@ struct BusyNodeOptions {
     std::string toneFolder;
     // Longest the transmitter may stay keyed in one stretch.
     int64_t keyedLimitMs = 60000;
+    // Every module window loaded and at work beside the node's events: voice
+    // and Morse idents, chat read aloud, the long-over message, the player's
+    // beacons (the sample beacon from `sampleFolder`) and the text message
+    // window open, as on a node whose operator switched everything on.
+    bool everyModuleAtWork = false;
+    std::string sampleFolder;
 };
 
 struct BusyNodeReport {
@@ -36,6 +42,12 @@ struct BusyNodeReport {
     uint64_t disconnects = 0;
     uint64_t chats = 0;
     uint64_t keyings = 0;        // stretches the transmitter was keyed
+    uint64_t utterances = 0;     // texts the speech voice was given to say
+    uint64_t filesPlayed = 0;    // sound files a window started on the air
+    uint64_t morseSent = 0;      // Morse texts handed to the host
+    uint64_t dtmfCommands = 0;   // received strings a window took as its code
+    uint64_t timerTicks = 0;     // timer handlers the engine ran
+    int64_t simulatedMs = 0;     // virtual time from start-up to the end
     int64_t longestKeyedMs = 0;  // the longest of them
     uint64_t errorLines = 0;     // logged `error` lines
     uint64_t logLines = 0;

@@ -6,6 +6,7 @@
 
 #include <gtest/gtest.h>
 
+#include "app/suite.h"
 #include "support/temp_dir.h"
 
 namespace mv::test {
@@ -42,6 +43,31 @@ TEST(BusyNodeTest, ADayWithATenthOfHostCallsFailingBreaksNoRuleAndEndsReleased) 
     EXPECT_GT(run.sound.keyings, 300u);
     EXPECT_GT(r.keyings, run.sound.keyings * 8 / 10);
     EXPECT_LE(r.longestKeyedMs, run.sound.longestKeyedMs + kReleaseAllowanceMs);
+}
+
+TEST(BusyNodeTest, EveryModuleAtWorkOnAFlakyHostBreaksNoRuleAndEndsReleased) {
+    // Idents, chat read aloud, the long-over message and beacons key the node
+    // between the overs on top of the courtesy and the clock, all with real
+    // speech: none of it may hold the air or open a dialog when calls fail.
+    TempDir dir;
+    BusyNodeOptions o = dayOn(dir, 3, 0.10);
+    o.durationMs = 3 * 3600 * 1000LL;
+    o.everyModuleAtWork = true;
+    o.sampleFolder = installedSampleFolder();
+    const FlakyAgainstSound run = runFlakyAgainstSound(o);
+    EXPECT_TRUE(run.sound.failures.empty()) << ::testing::PrintToString(run.sound.failures);
+    EXPECT_TRUE(run.flaky.failures.empty()) << ::testing::PrintToString(run.flaky.failures);
+    EXPECT_TRUE(run.flaky.endsReleased);
+    // Each module really worked: the Morse ident every ten minutes (its count
+    // stands still while an Internet station is heard), beacons every five
+    // minutes and the clock's quarters, chat read aloud beside the voice idents.
+    const BusyNodeReport& r = run.sound;
+    EXPECT_GE(r.morseSent, 10u);
+    EXPECT_GT(r.utterances, r.chats);
+    EXPECT_GT(r.filesPlayed, 50u);
+    EXPECT_GT(r.dtmfCommands, 0u);
+    EXPECT_GE(r.simulatedMs, o.durationMs);
+    EXPECT_GT(run.flaky.keyings, r.keyings * 8 / 10);
 }
 
 TEST(BusyNodeTest, TheWatchSeesATransmitterKeyedTooLong) {
