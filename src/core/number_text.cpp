@@ -1,5 +1,6 @@
 #include "core/number_text.h"
 
+#include <charconv>
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
@@ -37,8 +38,10 @@ std::string decimalText(double value) {
     const double whole = std::nearbyint(value);
     char buf[64];
     if (whole == value && std::fabs(value) < 1e15) {
-        std::snprintf(buf, sizeof buf, "%.0f", value);
-        return buf;
+        // Whole numbers are most of what the countdowns show each second:
+        // written as integers, without the general floating-point formatter.
+        const auto [end, ec] = std::to_chars(buf, buf + sizeof buf, static_cast<long long>(value));
+        return std::string(buf, ec == std::errc() ? end : buf);
     }
     std::snprintf(buf, sizeof buf, "%.6f", value);
     std::string s = buf;

@@ -108,7 +108,7 @@ private:
         }
         m_host.drawFault(call, m_window, args);
         m_host.record(m_window, call, std::move(args), repeat);
-        if (m_host.m_failing.count(call)) throw HostError(std::string(call) + " failed in the host");
+        if (m_host.m_failing.count(std::string_view(call))) throw HostError(std::string(call) + " failed in the host");
     }
 
     SimulatedHost& m_host;
@@ -250,9 +250,8 @@ void SimulatedHost::drawFault(const char* call, const std::string& window, std::
     }
 }
 
-void SimulatedHost::record(const std::string& window, const std::string& call, std::vector<std::string> args,
-                           bool repeat) {
-    m_commands.push_back({m_scheduler.now(), window, call, std::move(args), repeat});
+void SimulatedHost::record(const std::string& window, std::string call, std::vector<std::string> args, bool repeat) {
+    m_commands.push_back({m_scheduler.now(), window, std::move(call), std::move(args), repeat});
     // A day of idle polling would otherwise grow the record without bound.
     if (m_commands.size() > 200000) m_commands.erase(m_commands.begin(), m_commands.begin() + 100000);
     if (m_commandListener) m_commandListener(m_commands.back());

@@ -122,7 +122,7 @@ public:
     void setDeliverAtOnce(bool atOnce) { m_deliverAtOnce = atOnce; }
 
     // Called by the host objects.
-    void record(const std::string& window, const std::string& call, std::vector<std::string> args, bool repeat = false);
+    void record(const std::string& window, std::string call, std::vector<std::string> args, bool repeat = false);
     void connect(const std::string& call);
     void disconnect(const std::string& call);
     void disconnectAll();
@@ -160,7 +160,7 @@ private:
     std::map<std::string, Station> m_stations;
     std::set<std::string> m_connecting;
     std::vector<Command> m_commands;
-    std::set<std::string> m_failing;
+    std::set<std::string, std::less<>> m_failing;
     int m_busyRefusals = 0;
     std::optional<std::mt19937> m_shuffle;
     std::optional<std::mt19937_64> m_faultRandom;

@@ -188,6 +188,8 @@ TEST(NumberTextTest, SpellsAndWritesNumbersAsTheControlsHoldThem) {
         EXPECT_FALSE(numberOf(none).has_value()) << none;
     EXPECT_EQ(decimalText(900), "900");
     EXPECT_EQ(decimalText(-1), "-1");
+    EXPECT_EQ(decimalText(-999999999999999.0), "-999999999999999");
+    EXPECT_EQ(decimalText(1e15), "1000000000000000");
     EXPECT_EQ(decimalText(0.5), "0.5");
     EXPECT_EQ(decimalText(-0.0), "0");
     EXPECT_EQ(periodValue("00"), 0);

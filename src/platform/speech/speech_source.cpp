@@ -33,17 +33,22 @@ int64_t SpeechSource::renderFront(float* out, int64_t frames, bool& finished) {
         // k plays clip position k * 22050 / 48000.
         const int64_t end = done ? available : available - 1;
         int64_t i = 0;
-        for (; i < frames; ++i) {
+        if (!out) {
+            // Nobody listens: move on in one step by as many frames as would
+            // have played, the air frames whose clip position is before `end`.
+            const int64_t playable = end > 0 ? (end * kAirRate + kSpeechRate - 1) / kSpeechRate : 0;
+            i = std::clamp<int64_t>(playable - m_airFrames, 0, frames);
+            m_airFrames += i;
+        }
+        for (; out && i < frames; ++i) {
             const int64_t scaled = m_airFrames * kSpeechRate;
             const int64_t a = scaled / kAirRate;
             if (a >= end) break;
-            if (out) {
-                const int64_t b = std::min(a + 1, available - 1);
-                const float frac = static_cast<float>(scaled % kAirRate) / kAirRate;
-                const float v = (s[a] + (s[b] - s[a]) * frac) * gain;
-                out[2 * i] += v;
-                out[2 * i + 1] += v;
-            }
+            const int64_t b = std::min(a + 1, available - 1);
+            const float frac = static_cast<float>(scaled % kAirRate) / kAirRate;
+            const float v = (s[a] + (s[b] - s[a]) * frac) * gain;
+            out[2 * i] += v;
+            out[2 * i + 1] += v;
             ++m_airFrames;
         }
         finished = done && m_airFrames * kSpeechRate / kAirRate >= end;
