@@ -1,5 +1,6 @@
 #include "app/command_line.h"
 
+#include <algorithm>
 #include <array>
 #include <string_view>
 
@@ -50,6 +51,9 @@ std::string usageText() {
            "  --seed N             seed the random choices (virtual time default: 1)\n"
            "  --host simulated|com the simulated node, or the host program through its\n"
            "                       automation interface (Windows builds; their default)\n"
+           "  --show WINDOW,...    show these windows at start-up, by name (player,\n"
+           "                       idents, tts, courtesy, dtmf, keypad, history,\n"
+           "                       messages, about), or all of them (--show all)\n"
            "  --headless           run a scenario without a window; needs --scenario\n"
            "  --scenario FILE      the scenario to run (headless only)\n"
            "  --realtime           run it on the real clock and sound device (headless only)\n"
@@ -98,6 +102,15 @@ CommandLine parseCommandLine(const std::vector<std::string>& arguments) {
         else if (arg == "--settings-dir") line.options.settingsDir = value("--settings-dir");
         else if (arg == "--realtime") line.options.realtime = true;
         else if (arg == "--log-queries") line.options.logQueries = true;
+        else if (arg == "--show") {
+            const std::string v = value("--show");
+            for (size_t from = 0; !missing && from <= v.size();) {
+                const size_t comma = std::min(v.find(',', from), v.size());
+                if (comma > from) line.options.showWindows.push_back(v.substr(from, comma - from));
+                from = comma + 1;
+            }
+            if (!missing && line.options.showWindows.empty()) return bad("--show needs window names, such as player,idents or all");
+        }
         else if (arg == "--host") {
             const std::string v = value("--host");
             if (!missing && v != "simulated" && v != "com") return bad("--host takes simulated or com, not '" + v + "'");
@@ -139,6 +152,8 @@ CommandLine parseCommandLine(const std::vector<std::string>& arguments) {
     // option that would do nothing is refused rather than ignored.
     if (!line.headless && (!line.options.scenarioPath.empty() || line.options.realtime || line.options.until))
         return bad("--scenario, --realtime and --until go with --headless");
+    if (line.headless && !line.options.showWindows.empty())
+        return bad("--show goes with the desktop suite; a scenario shows windows with its show lines");
     if (line.headless && line.qtArguments.size() > 1)
         return bad("'" + line.qtArguments[1] + "' is an option of the desktop suite, not of --headless");
     return line;

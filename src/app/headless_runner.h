@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "core/local_time.h"
 
@@ -28,6 +29,9 @@ struct HeadlessOptions {
     // The local date-time at which the run stops at the latest (--until),
     // whatever the scenario's own end; in real time, a wall-clock reading.
     std::optional<LocalDateTime> until;
+    // The desktop only (--show): windows to show once the suite has started,
+    // by the names a scenario uses ("player", "idents" ...), or "all".
+    std::vector<std::string> showWindows;
 };
 
 // Exit status: 0 done (also when a signal ended it in order), 1 could not run

@@ -90,6 +90,20 @@ void addModuleWindows(Program& program) {
     program.addWindow(std::make_unique<TtsWindow>(program));
 }
 
+std::vector<std::string> showWindows(Program& program, const std::vector<std::string>& names) {
+    std::vector<std::string> unknown;
+    for (const std::string& name : names) {
+        if (name == "all") {
+            for (const auto& w : program.windows()) w->show();
+        } else if (Window* w = program.window(name)) {
+            w->show();
+        } else {
+            unknown.push_back(name);
+        }
+    }
+    return unknown;
+}
+
 namespace {
 // A folder of sounds made at build time: an installed program finds it beside
 // itself (bin/../share/marrowvane/...), so the install can be moved; a program

@@ -6,6 +6,8 @@
 #include <memory>
 #include <optional>
 #include <ostream>
+#include <string>
+#include <vector>
 
 #include "core/clock.h"
 #include "core/dialogs.h"
@@ -117,6 +119,10 @@ private:
 
 // Adds every module window this build has, unloaded, to the program.
 void addModuleWindows(Program& program);
+
+// Shows the named windows, each loaded first as its hub button would; "all"
+// names every window the program has. Returns the names no window has.
+std::vector<std::string> showWindows(Program& program, const std::vector<std::string>& names);
 
 // The voice folder installed with the program (ends with '/').
 std::string installedVoiceFolder();

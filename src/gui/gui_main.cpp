@@ -73,6 +73,8 @@ int runGui(const std::vector<std::string>& qtArguments, const HeadlessOptions& o
         suite.program().shutdown("the hub could not start: " + message);
         return 1;
     }
+    for (const std::string& name : showWindows(suite.program(), options.showWindows))
+        std::cerr << "marrowvane: --show: there is no window called '" << name << "'\n";
     const EndOnTerminate lastChance(suite.program());
     // However the event loop comes to quit (the desktop session ending it,
     // say), the program ends its own way first; once ended, this is a no-op.

@@ -63,6 +63,10 @@ TEST(CommandLineTest, WhatNeitherTheSuiteNorQtTakesIsRefusedWithOneLine) {
         {{"--realtime"}, "--scenario, --realtime and --until go with --headless"},
         {{"--headless", "--scenario", "a.scn", "-style", "Fusion"},
          "'-style' is an option of the desktop suite, not of --headless"},
+        {{"--show"}, "option '--show' needs a value"},
+        {{"--show", ",,"}, "--show needs window names, such as player,idents or all"},
+        {{"--headless", "--scenario", "a.scn", "--show", "all"},
+         "--show goes with the desktop suite; a scenario shows windows with its show lines"},
     };
     for (const Case& c : cases) {
         const CommandLine line = parse(c.args);
@@ -86,22 +90,32 @@ TEST(CommandLineTest, HelpAndVersionWinWhereverTheyStandAndHelpNamesBothKindsOfO
     // The log's way of writing a time, and the scenario's.
     for (const char* at : {"2026-11-23T06:00:00", "2026-11-23 06:00:00"})
         EXPECT_EQ(parse({"--until", at}).options.until, (LocalDateTime{2026, 11, 23, 6, 0, 0, 0})) << at;
+    EXPECT_EQ(parse({"--show", ",player,,idents"}).options.showWindows, (std::vector<std::string>{"player", "idents"}));
     const std::string help = usageText();
-    for (const char* named : {"--settings-dir", "--record", "--headless", "--log-queries", "-style NAME", "-platform"})
+    for (const char* named :
+         {"--settings-dir", "--record", "--headless", "--log-queries", "--show WINDOW", "-style NAME", "-platform"})
         EXPECT_NE(help.find(named), std::string::npos) << named;
 }
 
-TEST(CommandLineTest, TheDesktopSuiteStartsWithAQtStyleAndEndsReleasedOnTerm) {
+TEST(CommandLineTest, TheDesktopSuiteStartsWithAQtStyleShowsWhatItIsToldAndEndsReleasedOnTerm) {
     test::TempDir dir;
     const auto log = dir.path() / "run.jsonl";
     const pid_t pid = test::spawn({MV_BINARY, "-style", "Fusion", "-platform", "offscreen", "--settings-dir",
-                                   (dir.path() / "settings").string(), "--log", log.string()},
+                                   (dir.path() / "settings").string(), "--log", log.string(), "--show",
+                                   "nowhere,all"},
                                   dir.path() / "run.err");
-    // The hub shows once the whole start-up is done.
-    for (int i = 0; i < 1000 && test::readText(log).find("\"op\":\"show\"") == std::string::npos; ++i)
-        std::this_thread::sleep_for(std::chrono::milliseconds(10));
-    ASSERT_NE(test::readText(log).find("\"window\":\"hub\",\"op\":\"show\""), std::string::npos)
-        << test::readText(dir.path() / "run.err");
+    // The hub shows once the whole start-up is done, then every other window.
+    const char* const windows[] = {"hub", "messages", "idents", "tts", "about", "keypad", "courtesy"};
+    auto notYetShown = [&log, &windows] {
+        const std::string text = test::readText(log);
+        for (const char* window : windows)
+            if (text.find("\"window\":\"" + std::string(window) + "\",\"op\":\"show\"") == std::string::npos)
+                return std::string(window);
+        return std::string();
+    };
+    for (int i = 0; i < 1000 && !notYetShown().empty(); ++i) std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    ASSERT_EQ(notYetShown(), "") << test::readText(dir.path() / "run.err");
+    EXPECT_NE(test::readText(dir.path() / "run.err").find("there is no window called 'nowhere'"), std::string::npos);
     ::kill(pid, SIGTERM);
     EXPECT_EQ(test::waitFor(pid), 0);
     const std::string text = test::readText(log);
