@@ -14,7 +14,8 @@ struct Token {
 };
 
 // Splits a line into blank-separated tokens; double quotes group blanks and
-// may stand inside a token (hub."Say The Time"). \" and \\ escape inside quotes.
+// may stand inside a token (hub."Say The Time"). \" and \\ escape inside
+// quotes, and \n there is a line break (for a multi-line field).
 std::vector<Token> tokenize(const std::string& line, const std::string& file, int lineNo) {
     std::vector<Token> tokens;
     size_t i = 0;
@@ -27,8 +28,9 @@ std::vector<Token> tokenize(const std::string& line, const std::string& file, in
                 t.raw += line[i++];
                 bool closed = false;
                 while (i < line.size()) {
-                    if (line[i] == '\\' && i + 1 < line.size() && (line[i + 1] == '"' || line[i + 1] == '\\')) {
-                        t.text += line[i + 1];
+                    if (line[i] == '\\' && i + 1 < line.size() &&
+                        (line[i + 1] == '"' || line[i + 1] == '\\' || line[i + 1] == 'n')) {
+                        t.text += line[i + 1] == 'n' ? '\n' : line[i + 1];
                         t.raw += line.substr(i, 2);
                         i += 2;
                         continue;

@@ -33,9 +33,6 @@ const std::vector<std::string>& loadOrder() {
     return order;
 }
 
-// The conference the node keeps connected to unless the operator names another.
-constexpr const char* kDefaultConference = "*ECHOTEST*";
-
 }  // namespace
 
 const std::vector<HubWindow::CaptionField>& HubWindow::captionFields() {

@@ -14,6 +14,9 @@
 namespace mv {
 
 inline constexpr const char* kClockSettingsFile = "Quillasp2.ini";
+// The conference the node keeps connected to unless the operator names another;
+// the ident window also knows it by name.
+inline constexpr const char* kDefaultConference = "*ECHOTEST*";
 
 class HubWindow : public Window {
 public:

@@ -63,6 +63,12 @@ std::string LocalDateTime::timeText() const {
     return buf;
 }
 
+std::string LocalDateTime::dateTimeText() const {
+    char buf[40];
+    std::snprintf(buf, sizeof buf, "%02d/%02d/%04d %02d:%02d:%02d", day, month, year, hour, minute, second);
+    return buf;
+}
+
 std::string LocalDateTime::isoText() const {
     char buf[40];
     std::snprintf(buf, sizeof buf, "%04d-%02d-%02dT%02d:%02d:%02d.%03d", year, month, day, hour, minute,

@@ -24,6 +24,9 @@ struct LocalDateTime {
 
     // "HH:MM:SS", always two-digit 24-hour, whatever the desktop's locale.
     std::string timeText() const;
+    // "DD/MM/YYYY HH:MM:SS": the date and time as the node's Spanish-speaking
+    // operators write them, used where a notice carries both (chat notices).
+    std::string dateTimeText() const;
     // "YYYY-MM-DDTHH:MM:SS.mmm" for the event log.
     std::string isoText() const;
     // Day of week, 0 = Sunday .. 6 = Saturday.

@@ -13,7 +13,7 @@ TEST(ScenarioTest, TimesAreAbsoluteOrRelativeAndAbsoluteOnesNeverGoBack) {
         "23:59:55 carrier on   # trailing comment\n"
         "+1500ms carrier off\n"
         "00:00:10 dtmf 123\n"       // after midnight: the next day
-        "+2m chat \"N0CALL>hello \\\"there\\\"\"\n"
+        "+2m chat \"N0CALL>hello \\\"there\\\" C:\\\\n\\n\"\n"
         "+1h end\n",
         "t.scn");
     EXPECT_EQ(s.start.timeText(), "23:59:50");
@@ -23,7 +23,7 @@ TEST(ScenarioTest, TimesAreAbsoluteOrRelativeAndAbsoluteOnesNeverGoBack) {
     EXPECT_EQ(s.directives[1].atMs, 6500);
     EXPECT_EQ(s.directives[2].atMs, 20000);
     EXPECT_EQ(s.directives[3].atMs, 140000);
-    EXPECT_EQ(s.directives[3].args[0], "N0CALL>hello \"there\"");
+    EXPECT_EQ(s.directives[3].args[0], "N0CALL>hello \"there\" C:\\n\n") << "\\n in quotes is a line break";
     EXPECT_EQ(s.endMs, 140000 + 3600000);
 }
 

@@ -18,6 +18,7 @@ TEST(LocalDateTimeTest, TextsAreFixedWidth24Hour) {
     const LocalDateTime t{2026, 1, 2, 3, 4, 5, 6};
     EXPECT_EQ(t.timeText(), "03:04:05");
     EXPECT_EQ(t.isoText(), "2026-01-02T03:04:05.006");
+    EXPECT_EQ(t.dateTimeText(), "02/01/2026 03:04:05") << "day first, as the operators write it";
     EXPECT_EQ((LocalDateTime{2026, 11, 22, 0, 0, 0, 0}).weekday(), 0);  // a Sunday
     EXPECT_EQ((LocalDateTime{2026, 11, 27, 0, 0, 0, 0}).weekday(), 5);
 }
