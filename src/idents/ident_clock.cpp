@@ -3,7 +3,10 @@
 #include "core/errors.h"
 #include "core/module_surfaces.h"
 #include "core/program.h"
+#include "idents/announcement_switches.h"
 #include "idents/ident_window.h"
+#include "idents/information_texts.h"
+#include "idents/spoken_time.h"
 #include "idents/speech_engine.h"
 #include "idents/station_ident.h"
 
@@ -18,14 +21,25 @@ void IdentClock::build(WindowParts parts, Container& row) {
 }
 
 void IdentClock::secondTick() {
-    m_showTime->setCaption(m_window.program().scheduler().wallNow().timeText());
+    // The second this tick stands for: a queued utterance spoken below takes
+    // time, and the fixed-time texts must still see their own second.
+    const LocalDateTime at = m_window.program().scheduler().wallNow();
+    m_showTime->setCaption(at.timeText());
     m_window.program().scheduler().processPendingEvents();
     for (auto& [text, count] : m_lengths) count->setCaption(std::to_string(characterCount(text->text())));
     ignoreErrors([this] { handOverQueuedSpeech(); });
+    m_window.switches().secondTick();
     m_window.restateHostWait();
     bool receiving = false;
     ignoreErrors([&] { receiving = followReception(); });
     ignoreErrors([&] { m_window.ident().restartOnActivity(receiving); });
+    ignoreErrors([&] { fixedTimes(at); });
+}
+
+void IdentClock::fixedTimes(const LocalDateTime& at) {
+    if (m_window.channelBusyFlag() || m_window.host().isCarrierDetected()) return;
+    m_window.information().atSecond(at);
+    m_window.spokenTime().atSecond(at);
 }
 
 void IdentClock::handOverQueuedSpeech() {
@@ -39,6 +53,7 @@ bool IdentClock::followReception() {
     const bool receiving = m_window.host().isReceiving();
     m_reception->setCaption(receiving ? kReceivingSignal : kNotReceiving);
     m_window.ident().followReception(receiving);
+    m_window.information().followReception(receiving);
     if (!receiving) {
         if (DtmfControl* dtmf = surfaceOf<DtmfControl>(m_window.program(), "dtmf")) dtmf->startDelayTimer();
     }

@@ -1,13 +1,14 @@
 #pragma once
 // The ident window's one-second clock (SecondTick): shows the time and the
 // lengths of the texts, hands queued speech to the voice once no window
-// transmits, follows Internet reception and starts the idents again on
-// activity. Its companion keeps the transmitter keyed each second while the
+// transmits, follows Internet reception, starts the idents again on activity
+// and speaks the fixed-time texts. Its companion keeps the transmitter keyed each second while the
 // talking clock or the audio player plays.
 #include <string>
 #include <utility>
 #include <vector>
 
+#include "core/local_time.h"
 #include "core/window.h"
 
 namespace mv {
@@ -35,6 +36,9 @@ private:
     void handOverQueuedSpeech();
     // Returns whether an Internet station is heard.
     bool followReception();
+    // The texts due 15 seconds past the hour, the quarters and the half hour,
+    // unless a station is heard.
+    void fixedTimes(const LocalDateTime& at);
 
     IdentWindow& m_window;
     Label* m_showTime = nullptr;

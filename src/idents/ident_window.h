@@ -1,10 +1,12 @@
 #pragma once
 // The ident window: keeps the suite's one speech voice and offers it to the
 // other windows (its speech desk), identifies the station by voice and by
-// Morse code, and runs the one-second clock that hands queued speech to the
-// voice. Each of these is a component the window owns; the window itself
-// holds what they share (its host object, its PTT indicator, the channel-busy
-// flag), its options file "brackwen.ini", its close prompt and host closing.
+// Morse code, announces connections, keeps silence mode and its weekly
+// schedule, speaks information texts, runs the fan and sends its own courtesy
+// letters, all driven by a one-second clock. Each of these is a component the
+// window owns; the window itself holds what they share (its host object, its
+// PTT indicator, the channel-busy flag), its options file "brackwen.ini", its
+// close prompt and host closing.
 #include <memory>
 #include <string>
 
@@ -18,6 +20,14 @@ class SpeechEngine;
 class StationIdent;
 class IdentClock;
 class SpeechEditor;
+class SpokenTime;
+class ConnectionAnnouncer;
+class AnnouncementSwitches;
+class SilenceSchedule;
+class FanControl;
+class InformationTexts;
+class ClockShortcuts;
+class CourtesyLetters;
 
 inline constexpr const char* kIdentSettingsFile = "brackwen.ini";
 // The process-wide wait for a busy host, which this window restates in its timers.
@@ -46,10 +56,19 @@ public:
     void restateHostWait();
     SpeechEngine& speech() { return *m_speech; }
     StationIdent& ident() { return *m_ident; }
+    SpokenTime& spokenTime() { return *m_time; }
+    ConnectionAnnouncer& connections() { return *m_connections; }
+    AnnouncementSwitches& switches() { return *m_switches; }
+    FanControl& fan() { return *m_fan; }
+    InformationTexts& information() { return *m_information; }
+    CourtesyLetters& courtesy() { return *m_courtesy; }
 
     // HostEvents
     void onRX(bool receiving) override;
     void onCarrierDetect(bool carrier) override;
+    void onConnected(const std::string& call, const std::string& name, const std::string& address) override;
+    void onDisconnected(const std::string& call) override;
+    void onDTMFString(const std::string& digits) override;
     void onClosing() override;
 
 protected:
@@ -60,7 +79,8 @@ protected:
 
 private:
     void buildAnnouncements(Container& page);
-    // Timer4: the indicator follows the host's transmitter.
+    // Timer4: the indicator follows the host's transmitter, and a
+    // transmission keeps the fan's run at its full length.
     void followTransmitter();
     // Unkeys and drops both serial lines, whatever fails.
     void releaseEverything();
@@ -70,6 +90,14 @@ private:
     std::unique_ptr<StationIdent> m_ident;
     std::unique_ptr<IdentClock> m_clock;
     std::unique_ptr<SpeechEditor> m_editor;
+    std::unique_ptr<SpokenTime> m_time;
+    std::unique_ptr<ConnectionAnnouncer> m_connections;
+    std::unique_ptr<AnnouncementSwitches> m_switches;
+    std::unique_ptr<SilenceSchedule> m_schedule;
+    std::unique_ptr<FanControl> m_fan;
+    std::unique_ptr<InformationTexts> m_information;
+    std::unique_ptr<ClockShortcuts> m_shortcuts;
+    std::unique_ptr<CourtesyLetters> m_courtesy;
     Label* m_ptt = nullptr;
     bool m_channelBusy = false;
 };

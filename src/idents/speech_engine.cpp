@@ -44,6 +44,13 @@ TtsWindow* SpeechEngine::ttsSettings() {
     return tts;
 }
 
+std::string SpeechEngine::phrase(const std::string& key) {
+    if (const TtsWindow* tts = ttsSettings()) return tts->phrase(key);
+    for (const TtsWindow::Phrase& p : TtsWindow::phrases())
+        if (key == p.key) return p.defaultText;
+    return {};
+}
+
 SpeechVoice& SpeechEngine::preparedVoice() {
     SpeechVoice& voice = m_window.program().speech();
     const TtsWindow* tts = ttsSettings();

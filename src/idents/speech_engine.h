@@ -47,6 +47,10 @@ public:
     // Speaks `text` into a wave file. Throws SpeechError.
     void sayToWave(const std::string& text, const std::string& path);
 
+    // A phrase of the TTS settings window by its key ("THETIMEIS"), as its
+    // field reads now, saved or not; the design text in a build without it.
+    std::string phrase(const std::string& key);
+
     bool announcementsDisabled() const { return m_disable->ticked(); }
     CheckBox& disableAnnouncements() { return *m_disable; }
 

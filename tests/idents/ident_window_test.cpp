@@ -29,13 +29,6 @@ protected:
 
 class IdentWindowTest : public test::IdentsRig {
 protected:
-    void set(const char* name, const std::string& value) {
-        operate([&] {
-            Control* c = idents->control(name);
-            if (auto* t = dynamic_cast<TextBox*>(c)) t->setText(value);
-            if (auto* b = dynamic_cast<CheckBox*>(c)) b->setValue(std::stoi(value));
-        });
-    }
     std::string shown(const char* name) {
         Control* c = idents->control(name);
         if (auto* t = dynamic_cast<TextBox*>(c)) return t->text();

@@ -20,12 +20,6 @@ protected:
         operate([&] { check(box).setValue(1); });
     }
     StationIdent& ident() { return idents->ident(); }
-    std::vector<int64_t> keyedAt() const {
-        std::vector<int64_t> out;
-        for (const auto& c : calls("SetPTT"))
-            if (c.args[0] == "true") out.push_back(c.timeMs);
-        return out;
-    }
 };
 
 TEST_F(StationIdentTest, AVoiceIdentEveryMinuteGoesOutKeyedAndOnlyThen) {
