@@ -115,6 +115,20 @@ TEST_F(ConnectionAnnouncerTest, ConferencesAreSpelledBetweenThePhrasesAndTheKnow
         << "a spoken name ending in an asterisk is still said once";
 }
 
+TEST_F(ConnectionAnnouncerTest, AConnectSaidOverTheTalkingClockLeavesTheTransmitterKeyedForTheClock) {
+    start(true, {}, {2026, 11, 23, 10, 29, 58, 0});
+    run(2100);  // the half-hour announcement has begun
+    ASSERT_TRUE(showsPttOn(suite->program(), "hub"));
+    connect("K1ABC");
+    ASSERT_EQ(keyedTexts().size(), 1u);
+    EXPECT_TRUE(suite->host().pttKeyed()) << "the clock still plays";
+    while (showsPttOn(suite->program(), "hub")) run(100);
+    run(1100);
+    EXPECT_FALSE(suite->host().pttKeyed());
+    const AirRecording air = stopRecording();
+    EXPECT_LT(air.peakWhileUnkeyed(), 1e-4f) << "no clock audio goes out unkeyed";
+}
+
 TEST_F(ConnectionAnnouncerTest, TheTimeFollowsInTheTwelveHourFormWithoutTheTtsDelay) {
     start(false, {}, {2026, 11, 23, 21, 4, 58, 0});
     set("AddTime", "1");
