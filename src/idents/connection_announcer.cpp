@@ -44,12 +44,12 @@ void ConnectionAnnouncer::build(WindowParts parts, Container& options, Container
     auto& frame = options.add(parts.make<Container>("frameConnections", ContainerKind::Frame, "Estaciones"));
     m_addTime = &frame.add(parts.make<CheckBox>("AddTime", "Agregar Hora TTS"));
     m_addTime->setToolTip("Announce time with Station Connect / Disconnect");
-    auto& nameRow = frame.add(parts.make<Container>("rowSpecialConference", ContainerKind::Row));
-    nameRow.add(parts.make<Label>("lblSpecialConference", "Conferencia"));
-    m_specialName = &nameRow.add(parts.make<TextBox>("SpecialConference", kDefaultConference));
+    auto& names = frame.add(parts.make<Container>("gridSpecialConference", ContainerKind::Grid, "", 2));
+    names.add(parts.make<Label>("lblSpecialConference", "Conferencia"));
+    m_specialName = &names.add(parts.make<TextBox>("SpecialConference", kDefaultConference));
     m_specialName->setToolTip("Conferencia que se anuncia por su nombre");
-    nameRow.add(parts.make<Label>("lblSpecialSpoken", "Se dice"));
-    m_specialSpoken = &nameRow.add(parts.make<TextBox>("SpecialConferenceSpoken", kSpecialConferenceSpoken));
+    names.add(parts.make<Label>("lblSpecialSpoken", "Se dice"));
+    m_specialSpoken = &names.add(parts.make<TextBox>("SpecialConferenceSpoken", kSpecialConferenceSpoken));
     m_specialSpoken->setToolTip("Como se pronuncia esa conferencia");
 
     auto& list = history.add(parts.make<Container>(

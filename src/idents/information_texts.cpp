@@ -2,12 +2,11 @@
 
 #include <sstream>
 
-#include "core/errors.h"
-#include "core/event_log.h"
 #include "core/program.h"
 #include "idents/ident_clock.h"
 #include "idents/ident_window.h"
 #include "idents/speech_engine.h"
+#include "idents/spoken_time.h"
 
 namespace mv {
 
@@ -138,10 +137,7 @@ void InformationTexts::beaconDue() {
 void InformationTexts::followReception(bool receiving) { beaconTimer().setEnabled(!receiving); }
 
 void InformationTexts::atSecond(const LocalDateTime& at) {
-    if (at.second != 15) return;
-    const bool due = (at.minute == 0 && m_onHour->ticked()) || (at.minute == 30 && m_onHalf->ticked()) ||
-                     ((at.minute == 15 || at.minute == 45) && m_onQuarter->ticked());
-    if (!due) return;
+    if (!fixedTimeDue(at, m_onHour->ticked(), m_onHalf->ticked(), m_onQuarter->ticked())) return;
     // In random mode a fixed time says one line too; otherwise the whole
     // text, as it stands (an empty text is said as nothing).
     speakKeyed(m_random->value() ? beaconSpeech().value_or("") : m_beaconText->text());
@@ -153,13 +149,6 @@ void InformationTexts::speakKeyed(const std::string& text) {
     speech.speakTheText();
 }
 
-void InformationTexts::speakUnkeyed(TextBox& field) {
-    const std::string text = filled(field);
-    try {
-        m_window.speech().sayUnkeyed(text);
-    } catch (const SpeechError& e) {
-        m_window.program().log().error(m_window.name(), std::string("speech failed: ") + e.what());
-    }
-}
+void InformationTexts::speakUnkeyed(TextBox& field) { m_window.speech().sayUnkeyedOrLog(filled(field)); }
 
 }  // namespace mv

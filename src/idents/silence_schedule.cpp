@@ -45,12 +45,16 @@ void SilenceSchedule::build(WindowParts parts, Container& page, SettingsBinder& 
             field.onChange = [&field] { field.setDigitsOnly(true); };
             return field;
         };
-        auto& off = times.add(parts.make<Container>("frameAnnounceOff" + num, ContainerKind::Frame, "Announce OFF "));
-        off.add(parts.make<Label>("lblOffHourMins" + num, "Hour : Mins"));
+        // One frame per switch: "Hour : Mins", then the two fields side by side.
+        auto timeFrame = [&](const std::string& key, const char* caption) -> Container& {
+            auto& frame = times.add(parts.make<Container>("frame" + key + num, ContainerKind::Frame, caption));
+            frame.add(parts.make<Label>("lbl" + key + "HourMins" + num, "Hour : Mins"));
+            return frame.add(parts.make<Container>("row" + key + "Time" + num, ContainerKind::Row));
+        };
+        Container& off = timeFrame("AnnounceOff", "Announce OFF ");
         slot.hourOff = &timeField(off, "HourOFF" + num);
         slot.minsOff = &timeField(off, "MinsOFF" + num);
-        auto& on = times.add(parts.make<Container>("frameAnnounceOn" + num, ContainerKind::Frame, "Announce ON"));
-        on.add(parts.make<Label>("lblOnHourMins" + num, "Hour : Mins"));
+        Container& on = timeFrame("AnnounceOn", "Announce ON");
         slot.hourOn = &timeField(on, "HourON" + num + "b");
         slot.minsOn = &timeField(on, "MinsON" + num + "b");
         auto& days = frame.add(parts.make<Container>("rowScheduleDays" + num, ContainerKind::Row));

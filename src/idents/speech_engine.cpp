@@ -137,6 +137,14 @@ void SpeechEngine::sayUnkeyed(const std::string& text) {
     voice.speakAsync(text);
 }
 
+void SpeechEngine::sayUnkeyedOrLog(const std::string& text) {
+    try {
+        sayUnkeyed(text);
+    } catch (const SpeechError& e) {
+        m_window.program().log().error(m_window.name(), std::string("speech failed: ") + e.what());
+    }
+}
+
 void SpeechEngine::sayToWave(const std::string& text, const std::string& path) {
     SpeechVoice& voice = preparedVoice();
     m_window.program().log().speech(m_window.name(), "wave", text, false);

@@ -44,6 +44,9 @@ public:
     void sleepTts();
     // Speaks `text` without keying and returns at once. Throws SpeechError.
     void sayUnkeyed(const std::string& text);
+    // The same for a button the operator pressed to hear a text through the
+    // speaker: a voice that cannot speak is logged, not shown in a dialog.
+    void sayUnkeyedOrLog(const std::string& text);
     // Speaks `text` into a wave file. Throws SpeechError.
     void sayToWave(const std::string& text, const std::string& path);
 

@@ -19,6 +19,12 @@ std::string timePhrase(const std::string& lead, const LocalDateTime& at, bool tw
     return lead + buf;
 }
 
+bool fixedTimeDue(const LocalDateTime& at, bool hourly, bool halfHour, bool quarters) {
+    if (at.second != 15) return false;
+    return (at.minute == 0 && hourly) || (at.minute == 30 && halfHour) ||
+           ((at.minute == 15 || at.minute == 45) && quarters);
+}
+
 SpokenTime::SpokenTime(IdentWindow& window) : m_window(window) {}
 
 void SpokenTime::build(WindowParts parts, Container& parent, SettingsBinder& binder) {
@@ -57,10 +63,7 @@ void SpokenTime::queueTimeOfDay() {
 }
 
 void SpokenTime::atSecond(const LocalDateTime& at) {
-    if (at.second != 15) return;
-    const bool due = (at.minute == 0 && m_onHour->ticked()) || (at.minute == 30 && m_onHalf->ticked()) ||
-                     ((at.minute == 15 || at.minute == 45) && m_onQuarter->ticked());
-    if (due) queueTimeOfDay();
+    if (fixedTimeDue(at, m_onHour->ticked(), m_onHalf->ticked(), m_onQuarter->ticked())) queueTimeOfDay();
 }
 
 }  // namespace mv

@@ -18,6 +18,11 @@ class IdentWindow;
 // No blank goes between `lead` and the hour.
 std::string timePhrase(const std::string& lead, const LocalDateTime& at, bool twelveHour, int amPmGap);
 
+// Whether `at` is a fixed time for texts ticked to be said 15 seconds past
+// the hour (hh:00:15), the half hour (hh:30:15) or the quarters (hh:15:15,
+// hh:45:15). Minutes and seconds are compared as numbers.
+bool fixedTimeDue(const LocalDateTime& at, bool hourly, bool halfHour, bool quarters);
+
 class SpokenTime {
 public:
     explicit SpokenTime(IdentWindow& window);

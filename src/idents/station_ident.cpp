@@ -230,11 +230,7 @@ void StationIdent::pttCallNow() {
 
 void StationIdent::sayCallNow() {
     if (m_callsign->text().empty()) m_callsign->setText("No Callsign");
-    try {
-        m_window.speech().sayUnkeyed(m_callsign->text());
-    } catch (const SpeechError& e) {
-        m_window.program().log().error(m_window.name(), std::string("speech failed: ") + e.what());
-    }
+    m_window.speech().sayUnkeyedOrLog(m_callsign->text());
 }
 
 void StationIdent::sendId() {

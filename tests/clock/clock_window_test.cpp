@@ -133,6 +133,9 @@ TEST_F(ClockTest, ACarrierAcrossTheQuarterPreventsItAndNothingFollowsLater) {
 
 TEST_F(ClockTest, AnIdleHourLogsItsAnnouncementsAndNoneOfThePolling) {
     start({2026, 11, 22, 13, 59, 50, 0});
+    // The conference the clock connects to would be announced by the ident
+    // window, keying once more: only the clock's own keying is counted here.
+    clock->controlAs<CheckBox>("CONDISC")->setValue(0);
     runTo(14, 59, 50);
     // Four announcements, each keyed once and released once, after the
     // load's release; not the 100 ms queries, nor the release check

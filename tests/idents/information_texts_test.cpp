@@ -8,6 +8,7 @@
 #include <set>
 
 #include "idents/idents_rig.h"
+#include "idents/spoken_time.h"
 
 namespace mv {
 namespace {
@@ -16,6 +17,19 @@ TEST(MessageLinesTest, KeepsEveryLineThatSaysSomething) {
     EXPECT_EQ(messageLines("uno\r\n\n   \ndos\ntres"), (std::vector<std::string>{"uno", "dos", "tres"}));
     EXPECT_TRUE(messageLines(kBeaconTextDefault).empty());
     EXPECT_TRUE(messageLines("").empty());
+}
+
+TEST(FixedTimeDueTest, FifteenSecondsPastTheHourTheHalfAndTheQuartersAsTheBoxesSay) {
+    auto at = [](int minute, int second) { return LocalDateTime{2026, 11, 23, 10, minute, second, 0}; };
+    EXPECT_TRUE(fixedTimeDue(at(0, 15), true, false, false));
+    EXPECT_FALSE(fixedTimeDue(at(0, 15), false, true, true));
+    EXPECT_TRUE(fixedTimeDue(at(30, 15), false, true, false));
+    EXPECT_FALSE(fixedTimeDue(at(30, 15), true, false, true));
+    EXPECT_TRUE(fixedTimeDue(at(15, 15), false, false, true));
+    EXPECT_TRUE(fixedTimeDue(at(45, 15), false, false, true));
+    EXPECT_FALSE(fixedTimeDue(at(45, 15), true, true, false));
+    for (int second : {14, 16, 0})
+        EXPECT_FALSE(fixedTimeDue(at(30, second), true, true, true)) << "second " << second;
 }
 
 class InformationTextsTest : public test::IdentsRig {
