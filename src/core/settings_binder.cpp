@@ -24,6 +24,41 @@ SettingsBinder::SettingsBinder(std::string fileName, size_t readBuffer, std::str
 void SettingsBinder::bindText(const std::string& key, TextBox& box, std::string defaultValue) {
     m_entries.push_back({key, Kind::Text, &box, std::move(defaultValue), {}, {}});
 }
+namespace {
+
+std::string escapeLines(const std::string& text) {
+    std::string out;
+    for (size_t i = 0; i < text.size(); ++i) {
+        if (text[i] == '\\') {
+            out += "\\\\";
+        } else if (text[i] == '\r' || text[i] == '\n') {
+            if (text[i] == '\r' && i + 1 < text.size() && text[i + 1] == '\n') ++i;
+            out += "\\n";
+        } else {
+            out += text[i];
+        }
+    }
+    return out;
+}
+
+std::string unescapeLines(const std::string& stored) {
+    std::string out;
+    for (size_t i = 0; i < stored.size(); ++i) {
+        if (stored[i] == '\\' && i + 1 < stored.size() && (stored[i + 1] == 'n' || stored[i + 1] == '\\')) {
+            out += stored[++i] == 'n' ? '\n' : '\\';
+        } else {
+            out += stored[i];
+        }
+    }
+    return out;
+}
+
+}  // namespace
+
+void SettingsBinder::bindLines(const std::string& key, TextBox& box, const std::string& defaultValue) {
+    m_entries.push_back({key, Kind::Lines, &box, escapeLines(defaultValue), {}, {}});
+}
+
 void SettingsBinder::bindCheck(const std::string& key, CheckBox& box, std::string defaultValue) {
     m_entries.push_back({key, Kind::Check, &box, std::move(defaultValue), {}, {}});
 }
@@ -69,6 +104,7 @@ void SettingsBinder::apply(const Entry& e, const std::string& text, EventLog& lo
                                         " characters; using \"" + box.text() + "\"");
             return;
         }
+        case Kind::Lines: static_cast<TextBox*>(e.control)->setText(unescapeLines(text)); return;
         case Kind::Check: {
             int v = 0;
             if (!setting::parseCheck(text, v)) setting::parseCheck(fallback("check-box"), v);
@@ -112,6 +148,7 @@ void SettingsBinder::load(SettingsStore& store, EventLog& log, const std::vector
 std::string SettingsBinder::textOf(const Entry& e) const {
     switch (e.kind) {
         case Kind::Text: return static_cast<TextBox*>(e.control)->text();
+        case Kind::Lines: return escapeLines(static_cast<TextBox*>(e.control)->text());
         case Kind::Check: return std::to_string(static_cast<CheckBox*>(e.control)->value());
         case Kind::Option: return setting::optionText(static_cast<OptionButton*>(e.control)->value());
         case Kind::Slider: return std::to_string(static_cast<Slider*>(e.control)->value());

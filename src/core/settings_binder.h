@@ -20,6 +20,9 @@ public:
     SettingsBinder(std::string fileName, size_t readBuffer, std::string window);
 
     void bindText(const std::string& key, TextBox& box, std::string defaultValue);
+    // A multi-line field: a settings value holds no line breaks, so each is
+    // written as the two characters \n (and a backslash as \\) and read back.
+    void bindLines(const std::string& key, TextBox& box, const std::string& defaultValue);
     void bindCheck(const std::string& key, CheckBox& box, std::string defaultValue);
     void bindOption(const std::string& key, OptionButton& button, std::string defaultValue);
     // A slider's position as a decimal whole number ("-5", "50").
@@ -41,7 +44,7 @@ public:
     const std::string* defaultOf(const std::string& key) const;
 
 private:
-    enum class Kind { Text, Check, Option, Slider, Combo, Position };
+    enum class Kind { Text, Lines, Check, Option, Slider, Combo, Position };
     struct Entry {
         std::string key;
         Kind kind;

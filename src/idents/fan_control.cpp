@@ -88,12 +88,14 @@ void FanControl::build(WindowParts parts, Container& parent, SettingsBinder& bin
         m_rts->setEnabled(free);
     });
 
+    // The periods first: read while the fan is not yet in use, their edit
+    // handlers start no run at load.
+    binder.bindText("FANPERIOD", *m_period, "1");
+    binder.bindText("DELAYPERIOD", *m_delayPeriod, "10");
     binder.bindCheck("FANCTRL", *m_use, "0");
     binder.bindOption("USEDTR", *m_dtr, "False");
     binder.bindOption("USERTS", *m_rts, "False");
-    binder.bindText("FANPERIOD", *m_period, "1");
     binder.bindCheck("DELAYCTRL", *m_useDelay, "0");
-    binder.bindText("DELAYPERIOD", *m_delayPeriod, "10");
 }
 
 void FanControl::startIdle() {

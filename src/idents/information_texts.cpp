@@ -95,7 +95,7 @@ void InformationTexts::build(WindowParts parts, Container& page, IdentClock& clo
     clearInfo.setToolTip("Clear the Info Text");
     clearInfo.onClick = [this] { m_infoText->setText(""); };
 
-    binder.bindText("TEXTINPUT3", *m_beaconText, kBeaconTextDefault);
+    binder.bindLines("TEXTINPUT3", *m_beaconText, kBeaconTextDefault);
     binder.bindOption("OPTION6", *m_static, "False");
     binder.bindOption("OPTION5", *m_random, "False");
     binder.bindCheck("STOPCLOCK3", use, "0");

@@ -47,9 +47,9 @@ void SilenceSchedule::build(WindowParts parts, Container& page, SettingsBinder& 
         };
         // One frame per switch: "Hour : Mins", then the two fields side by side.
         auto timeFrame = [&](const std::string& key, const char* caption) -> Container& {
-            auto& frame = times.add(parts.make<Container>("frame" + key + num, ContainerKind::Frame, caption));
-            frame.add(parts.make<Label>("lbl" + key + "HourMins" + num, "Hour : Mins"));
-            return frame.add(parts.make<Container>("row" + key + "Time" + num, ContainerKind::Row));
+            auto& box = times.add(parts.make<Container>("frame" + key + num, ContainerKind::Frame, caption));
+            box.add(parts.make<Label>("lbl" + key + "HourMins" + num, "Hour : Mins"));
+            return box.add(parts.make<Container>("row" + key + "Time" + num, ContainerKind::Row));
         };
         Container& off = timeFrame("AnnounceOff", "Announce OFF ");
         slot.hourOff = &timeField(off, "HourOFF" + num);

@@ -10,6 +10,7 @@
 #include <fstream>
 
 #include "core/errors.h"
+#include "idents/fan_control.h"
 #include "idents/idents_rig.h"
 #include "support/read_text.h"
 
@@ -33,6 +34,7 @@ protected:
         Control* c = idents->control(name);
         if (auto* t = dynamic_cast<TextBox*>(c)) return t->text();
         if (auto* b = dynamic_cast<CheckBox*>(c)) return std::to_string(b->value());
+        if (auto* o = dynamic_cast<OptionButton*>(c)) return o->value() ? "True" : "False";
         return c->caption();
     }
 };
@@ -62,6 +64,11 @@ TEST_F(IdentWindowTest, SavedOptionsComeBackAfterARestartWhileCountdownsStartAfr
         {"Callsign", "EA4ABC repetidor"}, {"BeaconPeriod6", "5"}, {"StopClock6", "1"}, {"CWCallsign", "EA4ABC"},
         {"BeaconPeriod7", "20"},          {"StopClock7", "1"},    {"IDCheck", "1"},    {"VoicePeriod", "30"},
         {"TTSCTRL", "1"},                 {"TTSPeriod", "4"},     {"SayText", "1"},    {"ToggleText", "55"},
+        {"AddTime", "1"},                 {"Option1", "True"},    {"Check2", "1"},     {"AnnounceOff", "70"},
+        {"SpecialConferenceSpoken", "Prueba"}, {"TimeQuarter", "1"}, {"HourOFF2", "7"}, {"Thur3", "1"},
+        {"UseRTS", "True"},               {"FanPeriod", "3"},     {"DelayCTRL", "1"},  {"TextInput3", "uno\ndos \\n\ntres"},
+        {"Option5", "True"},              {"InfoQuarter", "1"},   {"InfoText", "Red"}, {"UseCT", "1"},
+        {"KerchunkWait", "2500"},         {"CourtesyID", "R"},    {"FanCTRL", "1"},
     };
     for (const auto& [name, value] : options) set(name, value);
     operate([&] { button("Save  Changes").click(); });
@@ -74,6 +81,8 @@ TEST_F(IdentWindowTest, SavedOptionsComeBackAfterARestartWhileCountdownsStartAfr
     for (const auto& [name, value] : options) EXPECT_EQ(shown(name), value) << name;
     EXPECT_EQ(shown("BeaconSeconds6") + " " + shown("BeaconSeconds7") + " " + shown("IDSeconds"), "10 15 10");
     EXPECT_TRUE(idents->ident().voiceTimer().running());
+    EXPECT_FALSE(idents->fan().runTimer().running()) << "a start is no transmission: the fan stays off";
+    EXPECT_FALSE(suite->host().rts());
 }
 
 TEST_F(IdentWindowTest, AHandEditedOptionThatMakesNoSenseFallsBackToItsDefault) {
