@@ -178,6 +178,4 @@ inline Timer& WindowParts::makeTimer(std::string name, int intervalMs, bool enab
     return m_window.makeTimer(std::move(name), intervalMs, enabled, std::move(onTick));
 }
 
-inline OptionGroup& WindowParts::makeGroup() { return m_window.makeGroup(); }
-
 }  // namespace mv

@@ -1,6 +1,5 @@
 #include "idents/connection_announcer.h"
 
-#include "core/connection_line.h"
 #include "core/hub_window.h"
 #include "core/program.h"
 #include "idents/ident_window.h"
@@ -52,13 +51,7 @@ void ConnectionAnnouncer::build(WindowParts parts, Container& options, Container
     m_specialSpoken = &names.add(parts.make<TextBox>("SpecialConferenceSpoken", kSpecialConferenceSpoken));
     m_specialSpoken->setToolTip("Como se pronuncia esa conferencia");
 
-    auto& list = history.add(parts.make<Container>(
-        "frameCallHistory", ContainerKind::Frame,
-        "Historial de Conecciones          ( Hora - Indicativol - Nombre - IP Dirección  )"));
-    m_history = &list.add(parts.make<LineLog>("CallHistory", kHistoryLines));
-    auto& clear = list.add(parts.make<Button>("btnBorrarHistory", "Borrar"));
-    clear.setToolTip("Clear the Call History");
-    clear.onClick = [this] { m_history->clear(); };
+    m_history.build(parts, history, "CallHistory");
 
     binder.bindCheck("ADDTIME", *m_addTime, "0");
     binder.bindText("SPECIALCONFERENCE", *m_specialName, kDefaultConference);
@@ -67,7 +60,7 @@ void ConnectionAnnouncer::build(WindowParts parts, Container& options, Container
 
 void ConnectionAnnouncer::onConnected(const std::string& call, const std::string& name, const std::string& address) {
     // The history takes every connect, whatever the switches.
-    m_history->append(connectionLine(m_window.program().scheduler().wallNow(), call, name, address));
+    m_history.record(call, name, address);
     announce(call, true);
 }
 

@@ -7,6 +7,7 @@
 #include <optional>
 #include <string>
 
+#include "core/connection_history.h"
 #include "core/settings_binder.h"
 #include "core/window.h"
 
@@ -27,9 +28,6 @@ std::optional<std::string> stationAnnouncement(const std::string& call, bool con
 
 class ConnectionAnnouncer {
 public:
-    // Lines the history keeps: weeks of ordinary traffic, and no more.
-    static constexpr size_t kHistoryLines = 2000;
-
     ConnectionAnnouncer(IdentWindow& window, SpokenTime& time);
 
     // The options frame into `options` and the history frame into `history`.
@@ -38,14 +36,14 @@ public:
     void onConnected(const std::string& call, const std::string& name, const std::string& address);
     void onDisconnected(const std::string& call);
 
-    LineLog& history() { return *m_history; }
+    const LineLog& history() const { return m_history.list(); }
 
 private:
     void announce(const std::string& call, bool connected);
 
     IdentWindow& m_window;
     SpokenTime& m_time;
-    LineLog* m_history = nullptr;
+    ConnectionHistory m_history;
     CheckBox* m_addTime = nullptr;
     TextBox* m_specialName = nullptr;
     TextBox* m_specialSpoken = nullptr;
