@@ -84,6 +84,15 @@ void HostCallLog::disconnectAll() {
     call("DisconnectAll", [&] { m_inner->disconnectAll(); });
 }
 void HostCallLog::setPTT(bool on) {
+    refuseAfterEnd();
+    Transmitter& transmitter = m_program.transmitter();
+    if (on) {
+        transmitter.key(m_window);
+    } else if (!transmitter.release(m_window)) {
+        // This window's part is over, but another window is still on the
+        // air: the transmitter stays keyed until that one releases it.
+        return;
+    }
     setLine("SetPTT", &HostLineMemory::ptt, on, [&] { m_inner->setPTT(on); });
     m_program.keyingCommandIssued(on);
 }

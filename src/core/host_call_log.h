@@ -3,7 +3,9 @@
 // the calling window, its arguments and its result, leaves out what only
 // repeats (queries, unless asked for, and a line set to the state it already
 // has), applies the process-wide wait policy to calls the host refuses as
-// busy, and refuses every call once the program has ended.
+// busy, refuses every call once the program has ended, and keys the shared
+// transmitter on the window's behalf (a release only drops the line when no
+// other window still holds it).
 #include <memory>
 #include <optional>
 #include <string>

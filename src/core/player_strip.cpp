@@ -311,11 +311,7 @@ bool PlayerStrip::fileEnded() {
 }
 
 void PlayerStrip::endTransmission() {
-    if (!keyed()) return;
-    if (m_options.heldElsewhere && m_options.heldElsewhere())
-        m_options.ptt->showPtt(false);
-    else
-        keyOff();
+    if (keyed()) keyOff();
 }
 
 void PlayerStrip::checkRelease() {

@@ -55,12 +55,6 @@ struct PlayerStripOptions {
     // transmission this strip keyed (see endTransmission). Off for windows
     // that release otherwise.
     bool releaseCheck = true;
-    // True while another window is on the air with the same transmitter (the
-    // DTMF player asks whether the hub's indicator reads "PTT ON"). Ending a
-    // transmission then leaves the transmitter keyed for that window to
-    // release: cutting it would cut the other window's sound, and waiting for
-    // it could wait forever when that window in turn waits for this one.
-    std::function<bool()> heldElsewhere;
 
     // What a failed load tells the operator; by default the "Render error"
     // message box. Called after the graph has been released.
@@ -101,9 +95,8 @@ public:
     // True while this strip's indicator reads "PTT ON".
     bool keyed() const;
     // This strip's part on the air is over (its file ended, was stopped or
-    // went): unkeys what it keyed, or, while another window holds the
-    // transmitter, only turns its own indicator off. Does nothing unkeyed, so
-    // a strip never unkeys a transmission it did not start.
+    // went): releases what it keyed; the transmitter stays up while another
+    // window still holds it. Does nothing unkeyed.
     void endTransmission();
 
     // The volume and speed sliders onto the graph now (errors ignored).

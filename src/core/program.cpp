@@ -141,6 +141,7 @@ void Program::releaseTransmitter() {
         // Logged even when the transmitter is already known to be released:
         // the log of every run ends by saying so.
         m_hostLines.ptt.reset();
+        m_transmitter.clear();
         host.setPTT(false);
     } catch (const HostError&) {
         // The call log has said why.

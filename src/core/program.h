@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "core/host_call_log.h"
+#include "core/transmitter.h"
 #include "core/window.h"
 
 namespace mv {
@@ -168,6 +169,9 @@ public:
     // What the suite last told the host about the transmitter and the serial
     // lines, shared by every window's call log (see HostCallLog).
     HostLineMemory& hostLines() { return m_hostLines; }
+    // Which windows hold the transmitter keyed; every window's SetPTT goes
+    // through it (see HostCallLog::setPTT).
+    Transmitter& transmitter() { return m_transmitter; }
 
     // The host has begun to close: the first window to hear its Closing event
     // calls this before its own handler runs, so every loaded window gets its
@@ -213,6 +217,7 @@ private:
     std::shared_ptr<AirStop::Members> m_airStops = std::make_shared<AirStop::Members>();
     uint64_t m_nextAirStop = 1;
     HostLineMemory m_hostLines;
+    Transmitter m_transmitter;
     bool m_ending = false;
     std::unique_ptr<Shell> m_fallbackShell;
     bool m_ended = false;

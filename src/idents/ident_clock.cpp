@@ -17,7 +17,6 @@ void IdentClock::build(WindowParts parts, Container& row) {
     m_showTime = &row.add(parts.make<Label>("ShowTime", "00:00:00"));
     m_reception = &row.add(parts.make<Label>("PTT2", ""));
     parts.makeTimer("Timer1", 1000, true, [this] { secondTick(); });
-    parts.makeTimer("Timer3", 1000, true, [this] { keepKeyedForPlayers(); });
 }
 
 void IdentClock::secondTick() {
@@ -58,12 +57,6 @@ bool IdentClock::followReception() {
         if (DtmfControl* dtmf = surfaceOf<DtmfControl>(m_window.program(), "dtmf")) dtmf->startDelayTimer();
     }
     return receiving;
-}
-
-void IdentClock::keepKeyedForPlayers() {
-    const Program& program = m_window.program();
-    if (showsPttOn(program, "hub") || showsPttOn(program, "player"))
-        ignoreErrors([this] { m_window.host().setPTT(true); });
 }
 
 }  // namespace mv

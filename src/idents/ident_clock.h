@@ -2,8 +2,7 @@
 // The ident window's one-second clock (SecondTick): shows the time and the
 // lengths of the texts, hands queued speech to the voice once no window
 // transmits, follows Internet reception, starts the idents again on activity
-// and speaks the fixed-time texts. Its companion keeps the transmitter keyed each second while the
-// talking clock or the audio player plays.
+// and speaks the fixed-time texts.
 #include <string>
 #include <utility>
 #include <vector>
@@ -29,8 +28,6 @@ public:
     void showLength(TextBox& text, Label& count) { m_lengths.emplace_back(&text, &count); }
 
     void secondTick();
-    // Timer3.
-    void keepKeyedForPlayers();
 
 private:
     void handOverQueuedSpeech();

@@ -4,7 +4,6 @@
 
 #include "core/errors.h"
 #include "core/event_log.h"
-#include "core/module_surfaces.h"
 #include "core/number_text.h"
 #include "core/program.h"
 #include "core/speech.h"
@@ -115,15 +114,10 @@ void SpeechEngine::speakTheText() {
     m_window.program().scheduler().processPendingEvents();
     m_pending = false;
     // An announcement spoken at once (a connect) may have gone out over the
-    // talking clock or the audio player. Their audio goes on after the
-    // voice, so the transmitter stays keyed for them: each releases it itself
-    // when its file ends, within a second.
-    const Program& program = m_window.program();
-    const bool anotherWindowPlays = showsPttOn(program, "hub") || showsPttOn(program, "player");
+    // talking clock or the audio player: releasing the voice's keying leaves
+    // the transmitter up for them until each releases its own.
     ignoreErrors({
-        [&] {
-            if (!anotherWindowPlays) host.setPTT(false);
-        },
+        [&] { host.setPTT(false); },
         [&] { m_window.ptt().showPtt(false); },
         [&] {
             if (released) released();

@@ -26,10 +26,6 @@ void SelectionPlayer::build(WindowParts parts, Container& stripArea, Controls co
     PlayerStripOptions o;
     o.progress = PlayerStripOptions::Progress::Clock;
     o.ptt = m_ptt;
-    // While the hub's clock is on the air too, the end of this window's file
-    // leaves the transmitter to the clock, whose release check comes back on
-    // as soon as this window's indicator goes off.
-    o.heldElsewhere = [this] { return hubOnAir(); };
     o.onRenderError = [this](const std::string&, const std::string&) {
         // The strip has logged what failed. The transmitter goes before any
         // dialog: a dialog can wait a long time for its answer.

@@ -300,18 +300,20 @@ TEST_F(PlayerStripTest, ARenderErrorHandlerReplacesTheMessage) {
 
 TEST_F(PlayerStripTest, AtTheEndAStripLeavesTheTransmitterToAWindowStillOnTheAir) {
     test::writeWav(dir.file("t.wav"), 0.2);
-    bool elsewhere = true;
-    PlayerStripOptions o;
-    o.heldElsewhere = [&] { return elsewhere; };
-    StripWindow& w = window(o);
+    StripWindow& w = window();
+    // Another window (the talking clock) keys for its own part meanwhile.
+    auto clock = suite.program().createHostObject(*suite.program().window("hub"));
+    clock->setPTT(true);
     w.strip.txFile(dir.file("t.wav"));
     runFor(1100);
     EXPECT_EQ(w.ptt->caption(), "PTT OFF") << "this strip's part is over";
     EXPECT_TRUE(suite.host().pttKeyed()) << "the other window's sound is not cut";
-    EXPECT_EQ(suite.host().countCommands("SetPTT", "player"), 1u) << "only the key, no unkey";
-    elsewhere = false;
+    EXPECT_EQ(suite.host().countCommands("SetPTT", "player"), 1u) << "the strip's release went no further";
     runFor(3000);
-    EXPECT_TRUE(suite.host().pttKeyed()) << "releasing is the other window's business now";
+    EXPECT_TRUE(suite.host().pttKeyed());
+    clock->setPTT(false);
+    EXPECT_FALSE(suite.host().pttKeyed()) << "the last window to let go takes the air down";
+    clock.reset();
 }
 
 TEST_F(PlayerStripTest, TheReleaseCheckUnkeysOnceAndNeverUnkeysAnotherWindowsTransmission) {

@@ -93,6 +93,43 @@ TEST_F(HostCallLogTest, AFailedCommandLeavesTheLineUnknownSoTheNextOneIsLogged) 
     EXPECT_EQ(logged("SetPTT", "[true]"), 2u) << "the failed attempt and the first that went through";
 }
 
+TEST_F(HostCallLogTest, TheTransmitterDropsOnlyWhenTheLastWindowThatKeyedItLetsGo) {
+    start();
+    HostObject& idents = suite->program().window("idents")->host();
+    HostObject& player = suite->program().window("player")->host();
+    hub->setPTT(true);
+    idents.setPTT(true);
+    idents.setPTT(false);
+    EXPECT_TRUE(suite->host().pttKeyed()) << "the hub's part is still on the air";
+    // A window that holds nothing (an idle release check) cannot take it down either.
+    player.setPTT(false);
+    EXPECT_TRUE(suite->host().pttKeyed());
+    EXPECT_EQ(suite->host().countCommands("SetPTT"), 2u) << "neither release reached the host";
+    hub->setPTT(false);
+    EXPECT_FALSE(suite->host().pttKeyed());
+    EXPECT_EQ(logged("SetPTT", "[false]"), 1u);
+    // Idle, any window may say so again.
+    player.setPTT(false);
+    EXPECT_EQ(suite->host().countCommands("SetPTT"), 4u);
+
+    // A key the host refuses still counts: the keying window's release, not
+    // a later one of another window, is what lets the transmitter go.
+    suite->host().setFailing("SetPTT", true);
+    EXPECT_THROW(idents.setPTT(true), HostError);
+    suite->host().setFailing("SetPTT", false);
+    hub->setPTT(true);
+    hub->setPTT(false);
+    EXPECT_TRUE(suite->host().pttKeyed());
+    idents.setPTT(false);
+    EXPECT_FALSE(suite->host().pttKeyed());
+
+    // The program's end releases it whoever holds it.
+    idents.setPTT(true);
+    hub->setPTT(true);
+    suite->program().shutdown("test");
+    EXPECT_FALSE(suite->host().pttKeyed());
+}
+
 TEST_F(HostCallLogTest, AskedForQueriesRepeatsAreLoggedToo) {
     start(true);
     hub->setPTT(false);

@@ -67,6 +67,9 @@ TEST_F(ClockTest, PlayAfterAnAnnouncementPlaysOneFileAndReleasesAfterIt) {
     // announcement that is the bell, the one file that plays. Its end must
     // release the transmitter like any other last file.
     start({2026, 11, 22, 14, 0, 5, 0}, true);
+    // The conference the clock connects to at 14:01:05 would be announced by
+    // the ident window, keying once more: only the clock's keying is counted.
+    clock->controlAs<CheckBox>("CONDISC")->setValue(0);
     runTo(14, 0, 10);
     operate([&] { static_cast<Button*>(clock->findByCaption("Say The Time"))->click(); });
     runTo(14, 0, 25);

@@ -60,9 +60,16 @@ TEST_F(AnnouncementSwitchesTest, AWarnedSilenceWaitsForTheCarrierToDropBeforeIts
     EXPECT_FALSE(silenced());
     EXPECT_TRUE(keyedTexts().empty());
     suite->host().setCarrier(false);
-    run(1500);
+    run(3000);
     EXPECT_EQ(keyedTexts(), (std::vector<std::string>{"Abierto modo Silencio"}));
     EXPECT_TRUE(silenced());
+    // The courtesy window's letter for the local over goes out first; the
+    // notice waits until the host has sent it.
+    int64_t letterAt = -1;
+    for (const auto& c : suite->host().commands())
+        if (c.call == "SendCW" && c.window == "courtesy") letterAt = c.timeMs;
+    ASSERT_GE(letterAt, 0);
+    EXPECT_GT(logMs(speechLines().at(0)), letterAt);
 }
 
 TEST_F(AnnouncementSwitchesTest, UnwarnedSilenceIsImmediateAndQuietAndTheOnCodeAlwaysEndsIt) {
