@@ -13,6 +13,13 @@
 
 namespace mv {
 
+// A courtesy letter is a short end-of-over mark ("K", "I", "KN", "73"): the
+// host keys the transmitter for as long as its Morse lasts, and nothing in the
+// suite can stop Morse the host has begun, so every letter field, in either
+// window, holds at most this many characters (about five seconds of Morse at
+// 20 WPM at the worst).
+inline constexpr int kCourtesyLetterMaxLength = 4;
+
 struct KerchunkerOptions {
     // Periods the two timers have before the fields are applied at load.
     int kerchunkWaitMs = 5000;

@@ -6,16 +6,11 @@
 // plays and releases it once, when the tone ends or is stopped.
 #include <string>
 
+#include "core/kerchunker.h"
 #include "core/player_strip.h"
 #include "core/window.h"
 
 namespace mv {
-
-// A courtesy letter is a short end-of-over mark ("K", "I", "KN", "73"): the
-// host keys the transmitter for as long as its Morse lasts, and nothing in the
-// suite can stop Morse the host has begun, so the letter fields hold at most
-// this many characters (about five seconds of Morse at 20 WPM at the worst).
-inline constexpr int kCourtesyLetterMaxLength = 4;
 
 class CourtesyEngine {
 public:

@@ -112,6 +112,8 @@ int main(int argc, char** argv) {
             return 1;
         }
     }
+    // Three stations connect; the ident window says each on the air, so the
+    // console's spoken list and the ident window's history fill.
     suite.host().stationConnects("EA4XYZ-L", "Juan", "203.0.113.12");
     suite.host().stationConnects("K1ABC", "Ann", "192.0.2.44");
     suite.host().stationConnects("LU7DW-R", "Repetidora La Plata", "198.51.100.17");
@@ -130,11 +132,6 @@ int main(int argc, char** argv) {
         entry->pressEnter();
     }
     runFor(400);
-    // The ident window's voice reaches the log as `speech` lines; until that
-    // window is in the build these two stand in for it, so the console's
-    // spoken list shows in the pictures.
-    suite.log().speech("idents", "speak", "Estaci\xC3\xB3n EA4XYZ-L conectada", true);
-    suite.log().speech("idents", "speak", "Este es el nodo N0CALL, setenta y tres", true);
     // A few seconds of the node's steady commands, folded in the console's record.
     runFor(3500);
     if (desktop) {

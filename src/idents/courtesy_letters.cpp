@@ -21,6 +21,7 @@ void CourtesyLetters::build(WindowParts parts, Container& parent, SettingsBinder
         TextBox& field = row.add(parts.make<TextBox>(name, letter));
         field.setToolTip(tip);
         field.setUpperCase(true);
+        field.setMaxLength(kCourtesyLetterMaxLength);
         field.onChange = [&field] { field.setUpperCase(true); };
         return field;
     };

@@ -87,9 +87,17 @@ TEST_F(IdentWindowTest, SavedOptionsComeBackAfterARestartWhileCountdownsStartAfr
 
 TEST_F(IdentWindowTest, AHandEditedOptionThatMakesNoSenseFallsBackToItsDefault) {
     std::filesystem::create_directories(settingsDir());
-    std::ofstream(settingsDir() / "brackwen.ini") << "[SETTINGS]\nSTOPCLOCK6=yes please\nBEACONPERIOD6=0\nCALLSIGN=EA1ZZ\n";
+    std::ofstream(settingsDir() / "brackwen.ini")
+        << "[SETTINGS]\nSTOPCLOCK6=yes please\nBEACONPERIOD6=0\nCALLSIGN=EA1ZZ\nCOURTESYID=73 DE EA1ZZ\n";
     start();
     EXPECT_EQ(shown("StopClock6"), "0");
+    // The host keys for as long as its Morse lasts: a letter stays a letter.
+    EXPECT_EQ(shown("CourtesyID"), "73 D");
+    EXPECT_EQ(logCount("COURTESYID is longer than 4 characters"), 1u);
+    bool allTyped = true;
+    operate([&] { allTyped = text("IPCourtesy").typeText("IIIIII"); });
+    EXPECT_FALSE(allTyped);
+    EXPECT_EQ(shown("IPCourtesy"), "IIII");
     EXPECT_EQ(shown("BeaconPeriod6"), "1") << "a zero period becomes one minute";
     EXPECT_EQ(shown("Callsign"), "EA1ZZ");
     EXPECT_EQ(logCount("STOPCLOCK6=\\\"yes please\\\" is not a check-box value"), 1u) << logText.str();
