@@ -2,8 +2,9 @@
 // the busy node's events (RF and Internet overs, kerchunks, every window's
 // DTMF codes, stations coming and going, chat) on a sound host, while the
 // clock announces the quarters, the courtesy keys after every over, the
-// player's beacons go out, both idents run, chat is read aloud and the
-// long-over message is spoken, all through the real speech voice. Reports
+// player's beacons go out, both idents run, stations are announced, the
+// beacon text is read, the fan runs, a silence slot holds the night, chat is
+// read aloud and the long-over message is spoken, all through the real voice. Reports
 // simulated seconds per wall second and per CPU second, and what the day held.
 // Goal: at least 10,000 simulated seconds per second (a day in under 8.64 s).
 // MV_BUSY_HOURS=N runs N hours instead of a day (a profiler's shorter run).
@@ -49,6 +50,7 @@ void BM_BusyDay(benchmark::State& state) {
     put("utterances", r.utterances);
     put("files_played", r.filesPlayed);
     put("morse_sent", r.morseSent);
+    put("fan_starts", r.fanStarts);
     put("keyings", r.keyings);
     put("timer_ticks", r.timerTicks);
     put("log_lines", r.logLines);

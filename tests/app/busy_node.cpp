@@ -5,6 +5,7 @@
 #include <optional>
 #include <random>
 #include <streambuf>
+#include <utility>
 
 #include "app/suite.h"
 #include "core/controls.h"
@@ -84,7 +85,10 @@ public:
         m_suite->program().seedRandom(m_options.seed);
         m_suite->dialogs().setTarget(m_noDialogs);
         m_suite->host().setStateListener([this] { watchTransmitter(); });
-        m_suite->host().setCommandListener([this](const SimulatedHost::Command& c) { m_report.morseSent += c.call == "SendCW"; });
+        m_suite->host().setCommandListener([this](const SimulatedHost::Command& c) {
+            m_report.morseSent += c.call == "SendCW";
+            m_report.fanStarts += c.call == "SetDTR" && !c.repeat && c.args == std::vector<std::string>{"true"};
+        });
         m_suite->log().addListener([this](const LogRecord& r) { count(r); });
         const int64_t startedAt = now();
         std::string why;
@@ -191,10 +195,14 @@ private:
     }
 
     // Everything an operator can switch on, on: both idents every ten
-    // minutes, chat read aloud, the long-over message after a minute on
-    // either side, the time-outs counting, the player's beacons every five
-    // minutes and on the hour, quarters and half hour, and the text message
-    // window open (it is loaded by its hub button, not at start-up).
+    // minutes, chat read aloud, stations announced with the time as they come
+    // and go, the beacon text (a random line of it) every fifteen minutes and
+    // on the half hour, the ident window's Morse letter after every over, the
+    // fan on the DTR line, a silence slot from 03:00 to 05:00 every day, the
+    // long-over message after a minute on either side, the time-outs
+    // counting, the player's beacons every five minutes and on the hour,
+    // quarters and half hour, and the text message window open (it is loaded
+    // by its hub button, not at start-up).
     void setEveryModuleToWork() {
         Program& program = m_suite->program();
         auto window = [&](const char* name) -> Window* {
@@ -212,6 +220,10 @@ private:
             if (auto* check = w ? w->controlAs<CheckBox>(box) : nullptr) check->setValue(1);
             else fail(std::string("no check box ") + box);
         };
+        auto choose = [&](Window* w, const char* button) {
+            if (auto* option = w ? w->controlAs<OptionButton>(button) : nullptr) option->setValue(true);
+            else fail(std::string("no option button ") + button);
+        };
         if (Window* messages = window("messages")) messages->show();
         if (Window* idents = window("idents")) {
             text(idents, "Callsign", "Este es el nodo E A 4 X Y Z, setenta y tres");
@@ -221,6 +233,19 @@ private:
             text(idents, "BeaconPeriod7", "10");
             tick(idents, "StopClock7");
             tick(idents, "SayText");
+            tick(idents, "AddTime");
+            text(idents, "TextInput3", "Nodo de pruebas EA4XYZ\nReunion los jueves a las nueve\nVisite nuestra web");
+            choose(idents, "Option5");
+            text(idents, "BeaconPeriod3", "15");
+            tick(idents, "StopClock3");
+            tick(idents, "InfoHalf");
+            tick(idents, "UseCT");
+            choose(idents, "UseDTR");
+            tick(idents, "FanCTRL");
+            const std::pair<const char*, const char*> silenceSlot[] = {
+                {"HourOFF1", "3"}, {"MinsOFF1", "0"}, {"HourON1b", "5"}, {"MinsON1b", "0"}};
+            for (const auto& [field, value] : silenceSlot) text(idents, field, value);
+            for (const char* day : {"Sun", "Mon", "Tue", "Wed", "Thur", "Fri", "Sat"}) tick(idents, day);
         }
         if (Window* courtesy = window("courtesy")) {
             text(courtesy, "TEXT6", "Por favor, haga pausas entre cambios");

@@ -26,7 +26,8 @@ struct BusyNodeOptions {
     // Longest the transmitter may stay keyed in one stretch.
     int64_t keyedLimitMs = 60000;
     // Every module window loaded and at work beside the node's events: voice
-    // and Morse idents, chat read aloud, the long-over message, the player's
+    // and Morse idents, stations announced, the beacon text, the fan, a
+    // silence slot, chat read aloud, the long-over message, the player's
     // beacons (the sample beacon from `sampleFolder`) and the text message
     // window open, as on a node whose operator switched everything on.
     bool everyModuleAtWork = false;
@@ -45,6 +46,7 @@ struct BusyNodeReport {
     uint64_t utterances = 0;     // texts the speech voice was given to say
     uint64_t filesPlayed = 0;    // sound files a window started on the air
     uint64_t morseSent = 0;      // Morse texts handed to the host
+    uint64_t fanStarts = 0;      // times the DTR line was raised (the fan)
     uint64_t dtmfCommands = 0;   // received strings a window took as its code
     uint64_t timerTicks = 0;     // timer handlers the engine ran
     int64_t simulatedMs = 0;     // virtual time from start-up to the end

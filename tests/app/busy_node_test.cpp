@@ -59,10 +59,12 @@ TEST(BusyNodeTest, EveryModuleAtWorkOnAFlakyHostBreaksNoRuleAndEndsReleased) {
     EXPECT_TRUE(run.flaky.failures.empty()) << ::testing::PrintToString(run.flaky.failures);
     EXPECT_TRUE(run.flaky.endsReleased);
     // Each module really worked: the Morse ident every ten minutes (its count
-    // stands still while an Internet station is heard), beacons every five
-    // minutes and the clock's quarters, chat read aloud beside the voice idents.
+    // stands still while an Internet station is heard), the fan after the
+    // node's transmissions, beacons every five minutes and the clock's
+    // quarters, chat read aloud beside the voice idents.
     const BusyNodeReport& r = run.sound;
     EXPECT_GE(r.morseSent, 10u);
+    EXPECT_GT(r.fanStarts, 0u);
     EXPECT_GT(r.utterances, r.chats);
     EXPECT_GT(r.filesPlayed, 50u);
     EXPECT_GT(r.dtmfCommands, 0u);
