@@ -54,7 +54,12 @@ peak_kb() { awk '/^VmHWM:/ { print $2 }' "/proc/$1/status"; }
 measure() {
   local name=$1 c0 c1 t0 t1 hz
   sleep "$SETTLE"
-  kill -0 "$PID" 2>/dev/null || { echo "idle_cost: $name exited early" >&2; cat "$WORK/out.txt" >&2; exit 1; }
+  kill -0 "$PID" 2>/dev/null || {
+    echo "idle_cost: $name exited early; its output and the end of its log:" >&2
+    cat "$WORK/out.txt" >&2
+    tail -n 5 "$WORK/$name.jsonl" >&2 2>/dev/null || true
+    exit 1
+  }
   hz=$(getconf CLK_TCK)
   t0=$(date +%s.%N); c0=$(cpu_ticks "$PID"); switches "$PID" >"$WORK/switches0"
   sleep "$SECONDS_TO_MEASURE"
