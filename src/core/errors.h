@@ -13,6 +13,13 @@ namespace mv {
 class HostError : public std::runtime_error {
 public:
     using std::runtime_error::runtime_error;
+    // The window's call log has written (or counted) this failure with the
+    // call and the window; a handler it escapes need not write it again.
+    void markLogged() { m_logged = true; }
+    bool logged() const { return m_logged; }
+
+private:
+    bool m_logged = false;
 };
 
 // The host refused a call because it is busy; retried under the process-wide

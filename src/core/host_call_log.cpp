@@ -24,32 +24,59 @@ void HostCallLog::refuseAfterEnd() const {
 }
 
 template <class F>
-auto HostCallLog::call(const char* name, F&& f) -> decltype(f()) {
+auto HostCallLog::call(const char* name, F&& f, const std::string& about) -> decltype(f()) {
     // A busy host is waited for, as the process-wide policy allows; the
     // caller only sees an error once that time is up.
     const int64_t deadline = m_program.scheduler().now() + m_program.hostBusyWaitMs();
     for (;;) {
         try {
-            return f();
-        } catch (const HostBusyError& e) {
+            if constexpr (std::is_void_v<decltype(f())>) {
+                f();
+                succeeded(name, about);
+                return;
+            } else {
+                auto r = f();
+                succeeded(name, about);
+                return r;
+            }
+        } catch (HostBusyError& e) {
             if (m_program.scheduler().now() >= deadline) {
-                m_program.log().error(m_window, std::string(name) + ": host busy: " + e.what());
+                failed(name, about, std::string("host busy: ") + e.what());
+                e.markLogged();
                 throw;
             }
             m_program.scheduler().block(kBusyRetryStepMs);
-        } catch (const HostError& e) {
-            m_program.log().error(m_window, std::string(name) + ": " + e.what());
+        } catch (HostError& e) {
+            failed(name, about, e.what());
+            e.markLogged();
             throw;
         }
     }
 }
 
+void HostCallLog::failed(const char* name, const std::string& about, const std::string& message) {
+    // Every failure is written when every call is (--log-queries).
+    if (m_program.log().recordsQueries()) {
+        m_program.log().error(m_window, std::string(name) + ": " + message);
+        return;
+    }
+    if (auto line = m_program.hostFailures().failed(name, about, message, m_program.scheduler().now()))
+        m_program.log().error(m_window, *line);
+}
+
+void HostCallLog::succeeded(const char* name, const std::string& about) {
+    FailureFold& fold = m_program.hostFailures();
+    if (fold.quiet()) return;
+    if (auto line = fold.succeeded(name, about, m_program.scheduler().now())) m_program.log().error(m_window, *line);
+}
+
 template <class F>
-auto HostCallLog::query(const char* name, std::vector<LogValue> args, F&& f) -> decltype(f()) {
+auto HostCallLog::query(const char* name, std::vector<LogValue> args, F&& f, const std::string& about)
+    -> decltype(f()) {
     // The 100 ms timers ask the same questions all day long; the answers are
     // in the log only when asked for (--log-queries).
     refuseAfterEnd();
-    auto r = call(name, std::forward<F>(f));
+    auto r = call(name, std::forward<F>(f), about);
     if (m_program.log().recordsQueries()) m_program.log().hostCall(m_window, name, std::move(args), resultValue(r));
     return r;
 }
@@ -63,7 +90,7 @@ void HostCallLog::setLine(const char* name, std::optional<bool> HostLineMemory::
     // line (or when asked for every call).
     if (known != on || m_program.log().recordsQueries()) m_program.log().hostCall(m_window, name, {on});
     known.reset();
-    call(name, std::forward<F>(f));
+    call(name, std::forward<F>(f), on ? "true" : "false");
     known = on;
 }
 
@@ -73,11 +100,11 @@ void HostCallLog::setLine(const char* name, std::optional<bool> HostLineMemory::
 
 void HostCallLog::connect(const std::string& c, bool flag) {
     MV_COMMAND("Connect", c, flag);
-    call("Connect", [&] { m_inner->connect(c, flag); });
+    call("Connect", [&] { m_inner->connect(c, flag); }, c);
 }
 void HostCallLog::disconnect(const std::string& c) {
     MV_COMMAND("Disconnect", c);
-    call("Disconnect", [&] { m_inner->disconnect(c); });
+    call("Disconnect", [&] { m_inner->disconnect(c); }, c);
 }
 void HostCallLog::disconnectAll() {
     MV_COMMAND("DisconnectAll");
@@ -110,18 +137,18 @@ bool HostCallLog::isCarrierDetected() {
 }
 void HostCallLog::sendCW(int32_t option, const std::string& text) {
     MV_COMMAND("SendCW", int64_t{option}, text);
-    call("SendCW", [&] { m_inner->sendCW(option, text); });
+    call("SendCW", [&] { m_inner->sendCW(option, text); }, text);
     m_program.keyingCommandIssued(true);
 }
 bool HostCallLog::isConnectedTo(const std::string& c) {
-    return query("IsConnectedTo", {c}, [&] { return m_inner->isConnectedTo(c); });
+    return query("IsConnectedTo", {c}, [&] { return m_inner->isConnectedTo(c); }, c);
 }
 StationInfo HostCallLog::stationInfo() {
     return query("StationInfo", {}, [&] { return m_inner->stationInfo(); });
 }
 void HostCallLog::transmitDTMF(const std::string& digit) {
     MV_COMMAND("TransmitDTMF", digit);
-    call("TransmitDTMF", [&] { m_inner->transmitDTMF(digit); });
+    call("TransmitDTMF", [&] { m_inner->transmitDTMF(digit); }, digit);
     m_program.keyingCommandIssued(true);
 }
 void HostCallLog::setRTS(bool on) {
@@ -132,15 +159,15 @@ void HostCallLog::setDTR(bool on) {
 }
 void HostCallLog::sendChatText(const std::string& text) {
     MV_COMMAND("SendChatText", text);
-    call("SendChatText", [&] { m_inner->sendChatText(text); });
+    call("SendChatText", [&] { m_inner->sendChatText(text); }, text);
 }
 void HostCallLog::executeDTMF(const std::string& digits) {
     MV_COMMAND("ExecuteDTMF", digits);
-    call("ExecuteDTMF", [&] { m_inner->executeDTMF(digits); });
+    call("ExecuteDTMF", [&] { m_inner->executeDTMF(digits); }, digits);
 }
 void HostCallLog::performAction(int32_t action) {
     MV_COMMAND("PerformAction", int64_t{action});
-    call("PerformAction", [&] { m_inner->performAction(action); });
+    call("PerformAction", [&] { m_inner->performAction(action); }, std::to_string(action));
 }
 
 #undef MV_COMMAND

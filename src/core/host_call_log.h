@@ -50,13 +50,17 @@ public:
 
 private:
     template <class F>
-    auto call(const char* name, F&& f) -> decltype(f());
+    auto call(const char* name, F&& f, const std::string& about = {}) -> decltype(f());
     template <class F>
-    auto query(const char* name, std::vector<LogValue> args, F&& f) -> decltype(f());
+    auto query(const char* name, std::vector<LogValue> args, F&& f, const std::string& about = {}) -> decltype(f());
     // A command that sets a line: logged unless the line already has `on`.
     template <class F>
     void setLine(const char* name, std::optional<bool> HostLineMemory::*line, bool on, F&& f);
     void refuseAfterEnd() const;
+    // A failed call, written or counted (see FailureFold); `about` is what
+    // the call was about (a station, a text), so unlike failures stay apart.
+    void failed(const char* name, const std::string& about, const std::string& message);
+    void succeeded(const char* name, const std::string& about);
 
     std::unique_ptr<HostObject> m_inner;
     std::string m_window;

@@ -10,6 +10,7 @@
 #include <string_view>
 #include <vector>
 
+#include "core/failure_fold.h"
 #include "core/host_call_log.h"
 #include "core/transmitter.h"
 #include "core/window.h"
@@ -172,6 +173,8 @@ public:
     // Which windows hold the transmitter keyed; every window's SetPTT goes
     // through it (see HostCallLog::setPTT).
     Transmitter& transmitter() { return m_transmitter; }
+    // Repeated host failures counted instead of logged one by one.
+    FailureFold& hostFailures() { return m_hostFailures; }
 
     // The host has begun to close: the first window to hear its Closing event
     // calls this before its own handler runs, so every loaded window gets its
@@ -218,6 +221,7 @@ private:
     uint64_t m_nextAirStop = 1;
     HostLineMemory m_hostLines;
     Transmitter m_transmitter;
+    FailureFold m_hostFailures;
     bool m_ending = false;
     std::unique_ptr<Shell> m_fallbackShell;
     bool m_ended = false;

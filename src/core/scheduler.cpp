@@ -78,6 +78,10 @@ void Scheduler::runGuarded(const std::function<void()>& fn) {
         // end on, so the outer handler stops too.
         if (m_depth > 0) throw;
         return;
+    } catch (const HostError& e) {
+        // A failed host call is in the log already, with its window and call
+        // (or counted there, when the host keeps failing): not twice.
+        if (!e.logged() && m_errorSink) m_errorSink(e.what());
     } catch (const std::exception& e) {
         if (m_errorSink) m_errorSink(e.what());
     } catch (...) {

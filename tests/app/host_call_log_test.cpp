@@ -137,5 +137,27 @@ TEST_F(HostCallLogTest, AskedForQueriesRepeatsAreLoggedToo) {
     EXPECT_EQ(logged("SetPTT", "[false]"), 2u);
 }
 
+TEST_F(HostCallLogTest, AHostThatStopsAnsweringWritesALineAMinuteNotTenASecondPerWindow) {
+    start();
+    suite->host().setFailing("IsTransmitting", true);
+    run(600'000);
+    // Every window's 100 ms poll failed all along: thousands of failures.
+    const size_t lines = logCount("\"message\":\"IsTransmitting: ");
+    EXPECT_GE(lines, 10u);
+    EXPECT_LE(lines, 11u) << "one line when it began, then one a minute";
+    EXPECT_EQ(logCount("IsTransmitting failed in the host\"}"), 1u) << "only the first stands alone";
+    suite->host().setFailing("IsTransmitting", false);
+    run(60'000);
+    EXPECT_EQ(logCount("IsTransmitting: answers again, after failing "), 1u);
+    EXPECT_GE(suite->host().countCommands("IsTransmitting"), 1000u) << "every poll still reached the host";
+}
+
+TEST_F(HostCallLogTest, EveryFailureIsWrittenWhenEveryCallIs) {
+    start(true);
+    suite->host().setFailing("IsBusy", true);
+    for (int i = 0; i < 5; ++i) EXPECT_THROW(hub->isBusy(), HostError);
+    EXPECT_EQ(logCount("\"kind\":\"error\""), 5u);
+}
+
 }  // namespace
 }  // namespace mv
