@@ -123,6 +123,12 @@ void HostCallLog::setPTT(bool on) {
     setLine("SetPTT", &HostLineMemory::ptt, on, [&] { m_inner->setPTT(on); });
     m_program.keyingCommandIssued(on);
 }
+void HostCallLog::keepKeyedFor(const std::string& holder) {
+    refuseAfterEnd();
+    m_program.transmitter().key(holder);
+    setLine("SetPTT", &HostLineMemory::ptt, true, [&] { m_inner->setPTT(true); });
+    m_program.keyingCommandIssued(true);
+}
 bool HostCallLog::isBusy() {
     return query("IsBusy", {}, [&] { return m_inner->isBusy(); });
 }

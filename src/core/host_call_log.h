@@ -47,6 +47,9 @@ public:
     void sendChatText(const std::string& text) override;
     void executeDTMF(const std::string& digits) override;
     void performAction(int32_t action) override;
+    // SetPTT(true) on behalf of `holder`, the window whose sound is on the
+    // air: the holder's own release takes the transmitter down again.
+    void keepKeyedFor(const std::string& holder);
 
 private:
     template <class F>

@@ -1,10 +1,13 @@
 #include "core/window.h"
 
+#include "core/host_call_log.h"
+
 #include <cctype>
 #include <stdexcept>
 
 #include "core/errors.h"
 #include "core/event_log.h"
+#include "core/host_call_log.h"
 #include "core/program.h"
 #include "core/settings_binder.h"
 
@@ -130,6 +133,11 @@ OptionGroup& Window::makeGroup() {
 Timer& Window::makeTimer(std::string name, int intervalMs, bool enabled, std::function<void()> onTick) {
     m_timers.push_back(std::make_unique<Timer>(scheduler(), std::move(name), intervalMs, enabled, std::move(onTick)));
     return *m_timers.back();
+}
+
+void Window::keepTransmitterKeyedFor(const std::string& holder) {
+    // Every window's host object is the program's call log.
+    static_cast<HostCallLog&>(host()).keepKeyedFor(holder);
 }
 
 void Window::createHostObject() { m_host = m_program.createHostObject(*this); }

@@ -89,6 +89,9 @@ public:
 
     bool hasHost() const { return static_cast<bool>(m_host); }
     HostObject& host();
+    // Tells the host again to key the transmitter on behalf of `holder`, a
+    // window that is playing: the keying stays `holder`'s to release.
+    void keepTransmitterKeyedFor(const std::string& holder);
 
     // The host is closing: runs in every loaded window before any window's
     // Closing handler, so what must not be lost (the one automatic save) is

@@ -17,6 +17,20 @@ void IdentClock::build(WindowParts parts, Container& row) {
     m_showTime = &row.add(parts.make<Label>("ShowTime", "00:00:00"));
     m_reception = &row.add(parts.make<Label>("PTT2", ""));
     parts.makeTimer("Timer1", 1000, true, [this] { secondTick(); });
+    parts.makeTimer("Timer3", 1000, true, [this] { keepKeyedForPlayers(); });
+}
+
+void IdentClock::keepKeyedForPlayers() {
+    // A host that dropped the line under a long file (its own time-out, a
+    // keying it lost) is keyed again within a second. The keying stays the
+    // playing window's: its own release at the end of the file takes the
+    // transmitter down, and this window never holds it for them.
+    const Program& program = m_window.program();
+    for (const char* player : {"hub", "player"})
+        if (showsPttOn(program, player)) {
+            ignoreErrors([&] { m_window.keepTransmitterKeyedFor(player); });
+            return;
+        }
 }
 
 void IdentClock::secondTick() {

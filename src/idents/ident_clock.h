@@ -2,7 +2,9 @@
 // The ident window's one-second clock (SecondTick): shows the time and the
 // lengths of the texts, hands queued speech to the voice once no window
 // transmits, follows Internet reception, starts the idents again on activity
-// and speaks the fixed-time texts.
+// and speaks the fixed-time texts. Its companion (Timer3) tells the host
+// again each second to keep the transmitter keyed while the talking clock or
+// the audio player plays.
 #include <string>
 #include <utility>
 #include <vector>
@@ -28,6 +30,8 @@ public:
     void showLength(TextBox& text, Label& count) { m_lengths.emplace_back(&text, &count); }
 
     void secondTick();
+    // Timer3.
+    void keepKeyedForPlayers();
 
 private:
     void handOverQueuedSpeech();

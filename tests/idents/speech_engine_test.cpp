@@ -153,5 +153,24 @@ TEST_F(SpeechEngineTest, QueuedSpeechWaitsWhileTheTalkingClockPlaysAndTheNodeSta
     EXPECT_GE(logMs(lines[0]), clockReleased) << "spoken once the clock has let go";
 }
 
+TEST_F(SpeechEngineTest, WhileTheTalkingClockPlaysTheHostIsToldEachSecondToStayKeyedButTheClockLetsGo) {
+    start();
+    operate([&] { dynamic_cast<Button*>(suite->program().window("hub")->findByCaption("Say The Time"))->click(); });
+    run(3500);
+    std::vector<int64_t> keepAlive;
+    for (const auto& c : suite->host().commands())
+        if (c.window == "idents" && c.call == "SetPTT" && c.args[0] == "true") keepAlive.push_back(c.timeMs);
+    ASSERT_GE(keepAlive.size(), 3u) << "once a second while the clock's indicator reads PTT ON";
+    for (size_t i = 1; i < keepAlive.size(); ++i) EXPECT_EQ(keepAlive[i] - keepAlive[i - 1], 1000);
+    // The keying stays the clock's: when its announcement ends it releases,
+    // and the ident window neither holds the air nor keys it again.
+    run(20000);
+    EXPECT_FALSE(suite->host().pttKeyed());
+    EXPECT_FALSE(suite->program().transmitter().held());
+    suite->host().clearCommands();
+    run(5000);
+    for (const auto& c : suite->host().commands()) EXPECT_FALSE(c.call == "SetPTT" && c.args[0] == "true") << c.window;
+}
+
 }  // namespace
 }  // namespace mv
