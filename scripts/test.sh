@@ -7,3 +7,7 @@ bash scripts/build.sh
 export QT_QPA_PLATFORM=offscreen
 cd build
 ctest --output-on-failure -j"$(nproc)" --timeout 600
+cd ..
+# The same tests again under AddressSanitizer and UndefinedBehaviorSanitizer,
+# with each fuzz target's fixed slice.
+bash scripts/test-sanitizers.sh

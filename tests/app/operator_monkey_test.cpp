@@ -17,6 +17,7 @@
 #include "app/headless_runner.h"
 #include "core/clock.h"
 #include "support/child_process.h"
+#include "support/long_run.h"
 #include "support/read_text.h"
 #include "support/temp_dir.h"
 
@@ -92,7 +93,7 @@ std::vector<uint64_t> seedsToRun() {
 
 TEST(OperatorMonkeyTest, ADayOfRandomOperatingBreaksNoneOfTheNodesRules) {
     const char* days = std::getenv("MV_MONKEY_DAYS");
-    const int64_t durationMs = (days ? std::max(1, std::atoi(days)) : 1) * 24 * 3600 * 1000LL;
+    const int64_t durationMs = days ? std::max(1, std::atoi(days)) * 24 * 3600 * 1000LL : test::longRunMs(24 * 3600 * 1000LL);
     const char* out = std::getenv("MV_MONKEY_OUT");
     uint64_t actions = 0, events = 0, failing = 0;
     for (uint64_t seed : seedsToRun()) {
