@@ -140,10 +140,18 @@ ModuleWindow* WindowShell::windowFor(const std::string& name) const {
     return it == m_windows.end() ? nullptr : it->second.get();
 }
 
-void WindowShell::windowLoaded(Window& window) {
+void WindowShell::windowLoaded(Window&) {
+    // Nothing yet: every module window loads hidden, and most stay so on a
+    // node left alone. Its widgets are built when it is first shown, from
+    // the controls as they are then; until then it costs no memory here.
+}
+
+ModuleWindow& WindowShell::make(Window& window) {
     auto made = std::make_unique<ModuleWindow>(window, m_post);
     if (m_onMade) m_onMade(*made);
+    ModuleWindow& kept = *made;
     m_windows[window.name()] = std::move(made);
+    return kept;
 }
 
 void WindowShell::windowUnloading(Window& window) {
@@ -160,11 +168,11 @@ void WindowShell::windowUnloading(Window& window) {
 
 void WindowShell::windowVisibilityChanged(Window& window) {
     ModuleWindow* shown = windowFor(window.name());
-    if (!shown) return;
     if (!window.isVisible()) {
-        shown->hide();
+        if (shown) shown->hide();
         return;
     }
+    if (!shown) shown = &make(window);
     const bool first = !shown->testAttribute(Qt::WA_WState_ExplicitShowHide);
     if (first) shown->fitToScreen();
     shown->placeFromEngine();

@@ -1,6 +1,6 @@
 #pragma once
 // Gives every loaded module window its own top-level Qt window and follows the
-// engine: built at load (and built afresh after an unload), shown and hidden,
+// engine: built when first shown (and built afresh after an unload), shown and hidden,
 // captioned and placed as the engine says, with the window's status line (how
 // the last save went) at its foot. Each window opens at its design size, or
 // smaller when the screen is smaller, its contents scrolling; it is placed at
@@ -72,12 +72,12 @@ public:
     WindowShell(const WindowShell&) = delete;
     WindowShell& operator=(const WindowShell&) = delete;
 
-    // The top-level window of a loaded module window, or null.
+    // The top-level window of a loaded module window that has been shown, or null.
     ModuleWindow* windowFor(const std::string& name) const;
     // Called when a module window is first shown (the console goes beside the hub).
     void setOnFirstShown(std::function<void(ModuleWindow&)> callback) { m_onFirstShown = std::move(callback); }
-    // Called for each module window's top-level window as it is made (the
-    // desktop adds its menu and icon).
+    // Called for each module window's top-level window as it is made, just
+    // before it is first shown (the desktop adds its menu).
     void setOnMade(std::function<void(ModuleWindow&)> callback) { m_onMade = std::move(callback); }
 
     void windowLoaded(Window& window) override;
@@ -88,6 +88,8 @@ public:
     void windowStatusChanged(Window& window) override;
 
 private:
+    ModuleWindow& make(Window& window);
+
     Program& m_program;
     WindowView::Post m_post;
     std::map<std::string, std::unique_ptr<ModuleWindow>> m_windows;

@@ -3,6 +3,7 @@
 // ways, and fresh widgets after an unload.
 #include <gtest/gtest.h>
 
+#include <QCheckBox>
 #include <QLabel>
 #include <QLayout>
 #include <QLineEdit>
@@ -25,16 +26,45 @@ protected:
 TEST_F(WindowShellTest, FollowsLoadShowHideAndCaption) {
     EXPECT_EQ(shown(), nullptr);
     rig.panel->load();
-    ASSERT_NE(shown(), nullptr);
-    EXPECT_FALSE(shown()->isVisible()) << "loaded windows start hidden";
-    EXPECT_TRUE(shown()->isWindow());
+    EXPECT_EQ(shown(), nullptr) << "a loaded window that was never shown has no widgets yet";
+    // Changed while hidden and without widgets: the first show shows it as it is now.
     rig.panel->setCaption("Marrowvane    N0CALL   v1.0.0");
-    EXPECT_EQ(shown()->windowTitle(), "Marrowvane    N0CALL   v1.0.0");
+    rig.panel->text->setText("set while hidden");
+    rig.panel->check->setValue(1);
+    rig.panel->setStatusText("Guardado 14:00:00");
     rig.panel->show();
+    ASSERT_NE(shown(), nullptr);
     EXPECT_TRUE(shown()->isVisible());
+    EXPECT_TRUE(shown()->isWindow());
+    EXPECT_EQ(shown()->windowTitle(), "Marrowvane    N0CALL   v1.0.0");
+    EXPECT_EQ(shown()->statusLine().text(), "Guardado 14:00:00");
+    auto* edit = qobject_cast<QLineEdit*>(shown()->view().widgetFor(*rig.panel->text));
+    ASSERT_NE(edit, nullptr);
+    EXPECT_EQ(edit->text(), "set while hidden");
+    auto* check = qobject_cast<QCheckBox*>(shown()->view().widgetFor(*rig.panel->check));
+    ASSERT_NE(check, nullptr);
+    EXPECT_TRUE(check->isChecked());
+
+    ModuleWindow* first = shown();
     rig.panel->hide();
-    EXPECT_FALSE(shown()->isVisible());
+    EXPECT_FALSE(first->isVisible());
     EXPECT_TRUE(rig.panel->isLoaded()) << "hiding keeps the window working";
+    rig.panel->setCaption("Marrowvane    N0CALL   v1.0.1");
+    rig.panel->text->setText("set while hidden again");
+    rig.panel->show();
+    EXPECT_EQ(shown(), first) << "shown again, the same widgets: the operator's scroll and focus stay";
+    EXPECT_EQ(shown()->windowTitle(), "Marrowvane    N0CALL   v1.0.1");
+    EXPECT_EQ(edit->text(), "set while hidden again");
+}
+
+TEST_F(WindowShellTest, AWindowUnloadedBeforeEverBeingShownLeavesNothingBehind) {
+    rig.panel->load();
+    rig.panel->move(1500, 3000);
+    rig.panel->unload();
+    EXPECT_EQ(shown(), nullptr);
+    rig.panel->show();  // loads afresh, and now has widgets
+    ASSERT_NE(shown(), nullptr);
+    EXPECT_EQ(shown()->pos(), QPoint(100, 200)) << "placed where the engine had it when first shown";
 }
 
 TEST_F(WindowShellTest, TheStatusLineShowsAtTheFootOnlyWhenItSaysSomething) {
