@@ -1,5 +1,6 @@
 #include "platform/speech/espeak_synthesizer.h"
 
+#include <espeak-ng/espeak_ng.h>
 #include <espeak-ng/speak_lib.h>
 
 #include <algorithm>
@@ -36,12 +37,6 @@ EspeakSynthesizer& EspeakSynthesizer::instance() {
 
 int EspeakSynthesizer::normalWordsPerMinute() { return espeakRATE_NORMAL; }
 
-EspeakSynthesizer::EspeakSynthesizer() {
-    m_thread = std::thread([this] { run(); });
-    std::unique_lock lock(m_mutex);
-    m_wake.wait(lock, [this] { return m_started; });
-}
-
 EspeakSynthesizer::~EspeakSynthesizer() {
     {
         std::lock_guard lock(m_mutex);
@@ -52,14 +47,13 @@ EspeakSynthesizer::~EspeakSynthesizer() {
     if (m_thread.joinable()) m_thread.join();
 }
 
-void EspeakSynthesizer::start() {
-    const int rate = espeak_Initialize(AUDIO_OUTPUT_SYNCHRONOUS, kBufferMs, nullptr, espeakINITIALIZE_DONT_EXIT);
-    if (rate != kSpeechRate) {
-        m_startError = rate < 0 ? "espeak-ng could not start (is espeak-ng-data installed?)"
-                                : "espeak-ng speaks at " + std::to_string(rate) + " Hz, not " + std::to_string(kSpeechRate);
-        return;
-    }
-    espeak_SetSynthCallback(receiveAudio);
+void EspeakSynthesizer::listVoicesLocked() {
+    if (m_listed) return;
+    m_listed = true;
+    // The voice files alone: the library lists them without its phoneme data.
+    // No text is queued before this has run, so the synthesizer's thread is
+    // not yet using the library.
+    espeak_ng_InitializePath(nullptr);
     if (const espeak_VOICE** voices = espeak_ListVoices(nullptr)) {
         for (; *voices; ++voices) {
             const std::string id = (*voices)->identifier ? (*voices)->identifier : "";
@@ -67,16 +61,34 @@ void EspeakSynthesizer::start() {
             if (!name.empty()) m_voices.push_back(name);
         }
     }
-    if (m_voices.empty()) m_startError = "espeak-ng has no voices installed";
+    if (m_voices.empty()) m_startError = "espeak-ng has no voices installed (is espeak-ng-data installed?)";
+}
+
+std::string EspeakSynthesizer::startError() {
+    std::lock_guard lock(m_mutex);
+    listVoicesLocked();
+    return m_startError;
+}
+
+std::vector<std::string> EspeakSynthesizer::voiceNames() {
+    std::lock_guard lock(m_mutex);
+    listVoicesLocked();
+    return m_voices;
+}
+
+void EspeakSynthesizer::start() {
+    const int rate = espeak_Initialize(AUDIO_OUTPUT_SYNCHRONOUS, kBufferMs, nullptr, espeakINITIALIZE_DONT_EXIT);
+    if (rate == kSpeechRate) {
+        espeak_SetSynthCallback(receiveAudio);
+        return;
+    }
+    const std::string why = rate < 0 ? "espeak-ng could not start (is espeak-ng-data installed?)"
+                                     : "espeak-ng speaks at " + std::to_string(rate) + " Hz, not " + std::to_string(kSpeechRate);
+    std::lock_guard lock(m_mutex);
+    m_startError = why;
 }
 
 void EspeakSynthesizer::run() {
-    start();
-    {
-        std::lock_guard lock(m_mutex);
-        m_started = true;
-    }
-    m_wake.notify_all();
     for (;;) {
         Job job;
         {
@@ -86,15 +98,22 @@ void EspeakSynthesizer::run() {
             job = std::move(m_jobs.front());
             m_jobs.pop_front();
         }
-        if (job.clip->cancelled())
+        if (job.clip->cancelled()) {
             job.clip->finish();
-        else
-            speak(*job.clip, job.request);
+            continue;
+        }
+        if (!m_started) {
+            start();
+            m_started = true;
+        }
+        speak(*job.clip, job.request);
     }
-    if (m_startError.empty()) espeak_Terminate();
+    if (m_started && startError().empty()) espeak_Terminate();
 }
 
-std::string EspeakSynthesizer::findVoice(const std::string& name) const {
+std::string EspeakSynthesizer::findVoice(const std::string& name) {
+    std::lock_guard lock(m_mutex);
+    listVoicesLocked();
     for (const std::string& v : m_voices)
         if (sameName(v, name)) return v;
     return {};
@@ -103,13 +122,15 @@ std::string EspeakSynthesizer::findVoice(const std::string& name) const {
 void EspeakSynthesizer::synthesize(std::shared_ptr<SpeechClip> clip, Request request) {
     {
         std::lock_guard lock(m_mutex);
+        listVoicesLocked();
+        if (!m_thread.joinable()) m_thread = std::thread([this] { run(); });
         m_jobs.push_back(Job{std::move(clip), std::move(request)});
     }
     m_wake.notify_all();
 }
 
 void EspeakSynthesizer::speak(SpeechClip& clip, const Request& request) {
-    if (!m_startError.empty()) return clip.fail(m_startError);
+    if (const std::string why = startError(); !why.empty()) return clip.fail(why);
     if (request.voice != m_voiceInUse) {
         if (espeak_SetVoiceByName(request.voice.c_str()) != EE_OK) {
             m_voiceInUse.clear();

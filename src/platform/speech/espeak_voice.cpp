@@ -45,7 +45,7 @@ int EspeakVoice::wordsPerMinute(int rate) {
 std::vector<std::string> EspeakVoice::voiceNames() { return m_synth.voiceNames(); }
 
 void EspeakVoice::setVoice(const std::string& name) {
-    if (!m_synth.startError().empty()) throw SpeechError(m_synth.startError());
+    if (const std::string why = m_synth.startError(); !why.empty()) throw SpeechError(why);
     const std::string found = m_synth.findVoice(name);
     if (found.empty()) throw SpeechError("no espeak-ng voice is called \"" + name + "\"");
     m_voice = found;
@@ -56,7 +56,7 @@ void EspeakVoice::throwIfFailed(const SpeechClip& clip) {
 }
 
 std::shared_ptr<SpeechClip> EspeakVoice::startClip(const std::string& text, bool play) {
-    if (!m_synth.startError().empty()) throw SpeechError(m_synth.startError());
+    if (const std::string why = m_synth.startError(); !why.empty()) throw SpeechError(why);
     const std::string voice = m_synth.findVoice(m_voice);
     if (voice.empty()) throw SpeechError("no espeak-ng voice is called \"" + m_voice + "\"");
     auto clip = std::make_shared<SpeechClip>(text, static_cast<float>(speechGain(m_volume)));
