@@ -10,6 +10,7 @@
 #include "core/errors.h"
 #include "platform/audio/decode_cache.h"
 #include "platform/audio/decoders.h"
+#include "platform/audio/fluidsynth_library.h"
 
 namespace mv {
 namespace {
@@ -70,6 +71,29 @@ TEST(Decoders, AMidiFileSilentForOverAMinuteIsRefused) {
     } catch (const MediaError& e) {
         EXPECT_NE(std::string(e.what()).find("silent"), std::string::npos) << e.what();
     }
+}
+
+// The MIDI synthesiser is opened with the first MIDI file: a system without
+// it, or with something else under its name, gets a message that says so
+// (naming the library) instead of a crash or a half-found library.
+TEST(Decoders, AMidiSynthesiserThatIsMissingOrIncompleteIsNamed) {
+    try {
+        FluidSynthLibrary::open("libfluidsynth-not-installed.so.99");
+        FAIL() << "a missing library opened";
+    } catch (const MediaError& e) {
+        const std::string why = e.what();
+        EXPECT_NE(why.find("the MIDI synthesiser cannot be loaded"), std::string::npos) << why;
+        EXPECT_NE(why.find("libfluidsynth-not-installed.so.99"), std::string::npos) << why;
+    }
+    try {
+        FluidSynthLibrary::open("libsndfile.so.1");
+        FAIL() << "a library without the synthesiser's functions was taken for it";
+    } catch (const MediaError& e) {
+        EXPECT_NE(std::string(e.what()).find("has no fluid_"), std::string::npos) << e.what();
+    }
+    ScratchDir dir;
+    test::writeMidi(dir.file("tune.mid"), 0.5);
+    EXPECT_NEAR(decodeAudioFile(dir.file("tune.mid"))->seconds(), 0.5, 0.1) << "the installed one renders";
 }
 
 // A few hundred broken files of every kind go through the decoders: each one

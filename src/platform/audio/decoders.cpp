@@ -1,6 +1,5 @@
 #include "platform/audio/decoders.h"
 
-#include <fluidsynth.h>
 #include <sndfile.h>
 
 #include <algorithm>
@@ -10,9 +9,9 @@
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
-#include <mutex>
 
 #include "core/errors.h"
+#include "platform/audio/fluidsynth_library.h"
 
 namespace mv {
 namespace {
@@ -94,41 +93,43 @@ PcmPtr decodeWithSndfile(const std::string& path) {
     return pcm;
 }
 
-void quietFluidSynth() {
-    static std::once_flag once;
-    std::call_once(once, [] {
-        for (int level = FLUID_PANIC; level <= FLUID_DBG; ++level) fluid_set_log_function(level, nullptr, nullptr);
-    });
+const FluidSynthLibrary& midiSynthesiserFor(const std::string& path) {
+    try {
+        return FluidSynthLibrary::get();
+    } catch (const MediaError& e) {
+        fail(path, e.what());
+    }
 }
 
 PcmPtr decodeMidi(const std::string& path) {
-    quietFluidSynth();
-    if (!fluid_is_midifile(path.c_str())) fail(path, "not a MIDI file");
+    const FluidSynthLibrary& fs = midiSynthesiserFor(path);
+    if (!fs.isMidiFile(path.c_str())) fail(path, "not a MIDI file");
     const std::string soundFont = defaultSoundFont();
     if (soundFont.empty()) fail(path, "no General MIDI soundfont is installed");
 
-    fluid_settings_t* settings = new_fluid_settings();
-    fluid_settings_setnum(settings, "synth.sample-rate", kMidiRate);
-    fluid_settings_setint(settings, "synth.reverb.active", 0);
-    fluid_settings_setint(settings, "synth.chorus.active", 0);
-    fluid_settings_setstr(settings, "player.timing-source", "sample");
-    fluid_settings_setint(settings, "synth.lock-memory", 0);
-    fluid_synth_t* synth = new_fluid_synth(settings);
-    fluid_player_t* player = synth ? new_fluid_player(synth) : nullptr;
+    fluid_settings_t* settings = fs.newSettings();
+    fs.settingsSetNum(settings, "synth.sample-rate", kMidiRate);
+    fs.settingsSetInt(settings, "synth.reverb.active", 0);
+    fs.settingsSetInt(settings, "synth.chorus.active", 0);
+    fs.settingsSetStr(settings, "player.timing-source", "sample");
+    fs.settingsSetInt(settings, "synth.lock-memory", 0);
+    fluid_synth_t* synth = fs.newSynth(settings);
+    fluid_player_t* player = synth ? fs.newPlayer(synth) : nullptr;
     struct Owner {
+        const FluidSynthLibrary& fs;
         fluid_settings_t* s;
         fluid_synth_t* y;
         fluid_player_t* p;
         ~Owner() {
-            if (p) delete_fluid_player(p);
-            if (y) delete_fluid_synth(y);
-            delete_fluid_settings(s);
+            if (p) fs.deletePlayer(p);
+            if (y) fs.deleteSynth(y);
+            fs.deleteSettings(s);
         }
-    } owner{settings, synth, player};
+    } owner{fs, settings, synth, player};
     if (!player) fail(path, "the MIDI synthesiser could not start");
-    if (fluid_synth_sfload(synth, soundFont.c_str(), 1) == FLUID_FAILED) fail(path, "cannot load " + soundFont);
-    if (fluid_player_add(player, path.c_str()) != FLUID_OK) fail(path, "not a MIDI file");
-    if (fluid_player_play(player) != FLUID_OK) fail(path, "the MIDI file cannot be played");
+    if (fs.synthSfLoad(synth, soundFont.c_str(), 1) == FLUID_FAILED) fail(path, "cannot load " + soundFont);
+    if (fs.playerAdd(player, path.c_str()) != FLUID_OK) fail(path, "not a MIDI file");
+    if (fs.playerPlay(player) != FLUID_OK) fail(path, "the MIDI file cannot be played");
 
     auto pcm = std::make_shared<Pcm>();
     pcm->sampleRate = kMidiRate;
@@ -136,17 +137,17 @@ PcmPtr decodeMidi(const std::string& path) {
     constexpr int kBlock = 64;
     // The sound lasts exactly as long as the file's tracks do; the player
     // itself would go on until the last note's release has died away.
-    auto tracksRunning = [player] {
-        if (fluid_player_get_status(player) != FLUID_PLAYER_PLAYING) return false;
-        const int total = fluid_player_get_total_ticks(player);
-        return total <= 0 || fluid_player_get_current_tick(player) < total;
+    auto tracksRunning = [&fs, player] {
+        if (fs.playerStatus(player) != FLUID_PLAYER_PLAYING) return false;
+        const int total = fs.playerTotalTicks(player);
+        return total <= 0 || fs.playerCurrentTick(player) < total;
     };
     int64_t silentFrames = 0;
     while (tracksRunning()) {
         const size_t at = pcm->samples.size();
         pcm->samples.resize(at + 2 * kBlock);
         float* out = pcm->samples.data() + at;
-        if (fluid_synth_write_float(synth, kBlock, out, 0, 2, out, 1, 2) != FLUID_OK) fail(path, "synthesis failed");
+        if (fs.synthWriteFloat(synth, kBlock, out, 0, 2, out, 1, 2) != FLUID_OK) fail(path, "synthesis failed");
         float loudest = 0.0f;
         for (int i = 0; i < 2 * kBlock; ++i) loudest = std::max(loudest, std::fabs(out[i]));
         silentFrames = loudest < kSilentLevel ? silentFrames + kBlock : 0;
