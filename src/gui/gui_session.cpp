@@ -24,9 +24,13 @@ constexpr int kConsoleGap = 12;
 }  // namespace
 
 QIcon suiteIcon() {
-    QIcon icon(QStringLiteral(":/marrowvane/marrowvane.png"));
-    // Scalable too, where the desktop can draw SVG.
-    icon.addFile(QStringLiteral(":/marrowvane/marrowvane.svg"));
+    // The sizes window managers and task bars draw a window's icon at,
+    // decoded once for the run. Launchers draw the installed 256-pixel and
+    // scalable icons themselves; decoded here the large one held 256 KB for
+    // the whole run, and the scalable one would bring Qt's SVG library.
+    QIcon icon;
+    for (int size : {16, 32, 48, 64})
+        icon.addFile(QStringLiteral(":/marrowvane/marrowvane-%1.png").arg(size), QSize(size, size));
     return icon;
 }
 

@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <QAction>
+#include <QIcon>
 #include <QMenuBar>
 #include <QScreen>
 #include <QScrollArea>
@@ -152,6 +153,18 @@ TEST_F(DesktopTest, TheConsoleClosedComesBackFromTheHubsMenu) {
     reopen.trigger();
     EXPECT_TRUE(console.isVisible());
     EXPECT_TRUE(available().contains(console.frameGeometry()));
+}
+
+// The icon is built into the program in the sizes a window's icon is drawn
+// at; a resource that did not make it in would leave every window without one.
+TEST(SuiteIcon, ComesInEverySizeAWindowsIconIsDrawnAt) {
+    qtApp();
+    const QIcon icon = suiteIcon();
+    ASSERT_FALSE(icon.isNull());
+    EXPECT_EQ(icon.availableSizes(), (QList<QSize>{{16, 16}, {32, 32}, {48, 48}, {64, 64}}));
+    for (const QSize& size : icon.availableSizes())
+        EXPECT_EQ(icon.pixmap(size).toImage().pixelColor(size.width() / 2, size.height() / 2).alpha(), 255)
+            << size.width() << " pixels: the picture, not an empty square";
 }
 
 TEST(ScreenFit, FramesAreShrunkAndMovedTheLeastThatPutsThemOnTheScreen) {

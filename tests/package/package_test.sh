@@ -29,6 +29,8 @@ for want in ./usr/bin/marrowvane ./usr/libexec/marrowvane/marrowvane-desktop \
             ./usr/share/applications/marrowvane.desktop \
             ./usr/share/icons/hicolor/scalable/apps/marrowvane.svg \
             ./usr/share/icons/hicolor/256x256/apps/marrowvane.png \
+            ./usr/share/icons/hicolor/16x16/apps/marrowvane.png \
+            ./usr/share/icons/hicolor/64x64/apps/marrowvane.png \
             ./usr/share/man/man1/marrowvane.1.gz \
             ./usr/share/metainfo/org.marrowvane.Marrowvane.metainfo.xml \
             ./usr/share/doc/marrowvane/README.md ./usr/share/doc/marrowvane/copyright \
