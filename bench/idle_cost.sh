@@ -4,9 +4,14 @@
 # shown) and the desktop suite with every window loaded and shown (--show all),
 # each with fresh settings, lets each settle, then reads over a wall-clock
 # window, from /proc: CPU time as % of one core, wakeups a second (context
-# switches of all its threads, voluntary and not) and peak resident memory.
+# switches of all its threads, voluntary and not) and peak resident memory,
+# and what the resident memory is made of, by kind of mapping. Beside the
+# desktop it sets what Qt alone costs with windows of the same sizes
+# (bench/gui/bare_qt_windows, empty and full of the suite's kinds of control).
 #
 # usage: bench/idle_cost.sh [path/to/marrowvane] [seconds]   (default 60 s each)
+#        MV_BARE_QT=path/to/bare_qt_windows when it is not in the build tree
+#        beside marrowvane (build/bench/gui/).
 # Goals: headless <= 0.08 % and <= 15 MB; desktop < 0.5 % and < 40 MB;
 # desktop with every window shown < 2 %.
 # The talking clock announces on the quarter hour by default: a window that
@@ -50,6 +55,32 @@ wakeups_between() {
 
 peak_kb() { awk '/^VmHWM:/ { print $2 }' "/proc/$1/status"; }
 
+# The resident memory of a process by kind of mapping, from its smaps: the
+# windows' images it shares with the X server, its heap, thread stacks and
+# other anonymous memory, the program's own file, Qt's libraries and plug-ins,
+# all other libraries, and other mapped files (fonts, locale, caches).
+by_mapping() {
+  awk -v exe="$(readlink "/proc/$1/exe")" '
+    /^[0-9a-f]+-[0-9a-f]+ / {
+      perms = $2; name = ""
+      for (i = 6; i <= NF; ++i) name = name (i > 6 ? " " : "") $i
+      if (perms ~ /s$/ && name ~ /xorg|SYSV/) kind = "x"
+      else if (name == "" || name ~ /^\[(heap|stack|anon)/) kind = "anon"
+      else if (name == exe) kind = "program"
+      else if (name ~ /libQt6|\/qt6\/plugins\//) kind = "qt"
+      else if (name ~ /\.so/) kind = "libs"
+      else kind = "files"
+      next
+    }
+    /^Rss:/ { kb[kind] += $2; total += $2 }
+    END {
+      printf "          by mapping (%.1f MB resident): ", total / 1024
+      if (kb["x"] > 0) printf "window images shared with X %.1f, ", kb["x"] / 1024
+      printf "heap and stacks %.1f, the program %.1f, Qt %.1f, other libraries %.1f, other files %.1f MB\n",
+             kb["anon"] / 1024, kb["program"] / 1024, kb["qt"] / 1024, kb["libs"] / 1024, kb["files"] / 1024
+    }' "/proc/$1/smaps"
+}
+
 # measure NAME: samples $PID over the window and prints one line of figures.
 measure() {
   local name=$1 c0 c1 t0 t1 hz
@@ -71,7 +102,38 @@ measure() {
     printf "%-9s CPU %.3f%% of one core   wakeups %.1f/s   peak RSS %.1f MB   (%.0f s)\n",
            n, 100 * (c1 - c0) / hz / wall, w / wall, kb / 1024, wall
   }'
+  by_mapping "$PID"
+  [ -z "${BEFORE_END:-}" ] || "$BEFORE_END"
   kill -TERM "$PID"; wait "$PID" 2>/dev/null || true; PID=
+}
+
+# The sizes of the desktop's top-level windows ("1253x852 867x879"), read
+# from its X server while it runs; empty without xwininfo (package x11-utils).
+WINDOW_SIZES=
+desktop_window_sizes() {
+  command -v xwininfo >/dev/null || return 0
+  WINDOW_SIZES=$(env DISPLAY="$(tr '\0' '\n' <"/proc/$PID/environ" | sed -n 's/^DISPLAY=//p')" \
+      XAUTHORITY="$(tr '\0' '\n' <"/proc/$PID/environ" | sed -n 's/^XAUTHORITY=//p')" \
+      xwininfo -root -children 2>/dev/null |
+    awk '/\("marrowvane/ { for (i = 1; i <= NF; ++i) if ($i ~ /^[0-9]+x[0-9]+\+/) { split($i, g, "+"); print g[1] } }' |
+    awk -F x '$1 > 50 && $2 > 50' | paste -sd ' ')
+}
+
+# Peak resident memory of Qt alone showing windows of the desktop's sizes.
+bare_qt_peak_mb() {
+  local pid peak
+  xvfb-run -a -s "-screen 0 1280x1024x24" "$BARE" $WINDOW_SIZES "$@" >"$WORK/bare.txt" 2>&1 &
+  local xpid=$!
+  for _ in $(seq 50); do
+    pid=$(pgrep -P "$xpid" -x bare_qt_windows || true)
+    [ -n "$pid" ] && break
+    sleep 0.1
+  done
+  [ -n "$pid" ] || { echo "?"; return; }
+  sleep "$SETTLE"
+  peak=$(peak_kb "$pid")
+  kill -TERM "$pid"; wait "$xpid" 2>/dev/null || true
+  awk -v kb="$peak" 'BEGIN { printf "%.1f", kb / 1024 }'
 }
 
 # Headless: a real-time run that only waits for its end.
@@ -94,9 +156,11 @@ desktop() {
     "$BIN" --settings-dir "$WORK/$name" --log "$WORK/$name.jsonl" "$@" >"$WORK/out.txt" 2>&1 &
   xpid=$!
   # xvfb-run starts the server, then the suite as its child (marrowvane, which
-  # becomes marrowvane-desktop in the same process): measure the suite.
+  # becomes marrowvane-desktop in the same process): measure the suite, found
+  # by its process name (a subshell of xvfb-run's own briefly carries the
+  # suite's path in its command line).
   for _ in $(seq 50); do
-    PID=$(pgrep -P "$xpid" -f marrowvane || true)
+    PID=$(pgrep -P "$xpid" '^marrowvane' || true)
     [ -n "$PID" ] && break
     sleep 0.1
   done
@@ -105,8 +169,22 @@ desktop() {
   wait "$xpid" 2>/dev/null || true
 }
 
+# Qt alone with windows of the sizes the plain desktop showed.
+qt_alone() {
+  BARE=${MV_BARE_QT:-$(dirname "$BIN")/../../bench/gui/bare_qt_windows}
+  if [ -z "$WINDOW_SIZES" ]; then
+    echo "qt alone  skipped: xwininfo is needed to read the desktop's window sizes (package x11-utils)"
+  elif [ ! -x "$BARE" ]; then
+    echo "qt alone  skipped: no bare_qt_windows at $BARE (set MV_BARE_QT)"
+  else
+    echo "qt alone  windows of the desktop's sizes ($WINDOW_SIZES), nothing of the suite:" \
+      "empty $(bare_qt_peak_mb) MB, full of its kinds of control $(bare_qt_peak_mb --controls) MB peak RSS"
+  fi
+}
+
 if command -v xvfb-run >/dev/null; then
-  desktop desktop
+  BEFORE_END=desktop_window_sizes desktop desktop
+  qt_alone
   desktop every-win --show all
 else
   echo "desktop   skipped: xvfb-run is needed (package xvfb)"
