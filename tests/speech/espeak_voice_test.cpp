@@ -96,6 +96,23 @@ TEST_F(EspeakVoiceTest, MarkupAndPhonemeBracketsAreSpokenAsWrittenNeverObeyed) {
     EXPECT_GT(keyed("[[h'Ola]]").lengthMs, 2 * plain);
 }
 
+// A chat line with a '>' joining two words makes the library walk a word past
+// its end, up its stack through what earlier texts left there; it once ran off
+// the stack and crashed. Such a line is spoken, as long after other texts as
+// first (a walk into old words would add syllables; the library's own state
+// moves a text by a few milliseconds).
+TEST_F(EspeakVoiceTest, AChatLineThatRunsTheLibraryPastAWordsEndIsSpokenAsWritten) {
+    const std::string line = "Message from  EA4XYZ-L>hola a todos";
+    const SpokenUtterance first = keyed(line);
+    EXPECT_GT(first.lengthMs, 2500);
+    EXPECT_LT(first.lengthMs, 4500);
+    for (const char* between : {"Buenos dias a todas las estaciones de la red", "EA4ABC", "Good morning"}) {
+        keyed(between);
+        EXPECT_NEAR(static_cast<double>(keyed(line).lengthMs), static_cast<double>(first.lengthMs), 20.0)
+            << "after \"" << between << "\"";
+    }
+}
+
 TEST_F(EspeakVoiceTest, VoicesAreChosenByNameAndAnUnknownOneIsRefused) {
     const auto names = voice.voiceNames();
     EXPECT_NE(std::find(names.begin(), names.end(), "es"), names.end());
