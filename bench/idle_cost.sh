@@ -119,21 +119,23 @@ desktop_window_sizes() {
     awk -F x '$1 > 50 && $2 > 50' | paste -sd ' ')
 }
 
-# Peak resident memory of Qt alone showing windows of the desktop's sizes.
-bare_qt_peak_mb() {
-  local pid peak
+# bare_qt WHAT [--controls]: Qt alone showing windows of the desktop's sizes,
+# its peak resident memory and what that is made of.
+bare_qt() {
+  local what=$1 pid= xpid
+  shift
   xvfb-run -a -s "-screen 0 1280x1024x24" "$BARE" $WINDOW_SIZES "$@" >"$WORK/bare.txt" 2>&1 &
-  local xpid=$!
+  xpid=$!
   for _ in $(seq 50); do
     pid=$(pgrep -P "$xpid" -x bare_qt_windows || true)
     [ -n "$pid" ] && break
     sleep 0.1
   done
-  [ -n "$pid" ] || { echo "?"; return; }
+  [ -n "$pid" ] || { echo "idle_cost: bare_qt_windows did not start" >&2; cat "$WORK/bare.txt" >&2; exit 1; }
   sleep "$SETTLE"
-  peak=$(peak_kb "$pid")
+  awk -v w="$what" -v kb="$(peak_kb "$pid")" 'BEGIN { printf "qt alone  %s: peak RSS %.1f MB\n", w, kb / 1024 }'
+  by_mapping "$pid"
   kill -TERM "$pid"; wait "$xpid" 2>/dev/null || true
-  awk -v kb="$peak" 'BEGIN { printf "%.1f", kb / 1024 }'
 }
 
 # Headless: a real-time run that only waits for its end.
@@ -177,8 +179,8 @@ qt_alone() {
   elif [ ! -x "$BARE" ]; then
     echo "qt alone  skipped: no bare_qt_windows at $BARE (set MV_BARE_QT)"
   else
-    echo "qt alone  windows of the desktop's sizes ($WINDOW_SIZES), nothing of the suite:" \
-      "empty $(bare_qt_peak_mb) MB, full of its kinds of control $(bare_qt_peak_mb --controls) MB peak RSS"
+    bare_qt "empty windows of the desktop's sizes ($WINDOW_SIZES)"
+    bare_qt "the same windows full of the suite's kinds of control" --controls
   fi
 }
 
