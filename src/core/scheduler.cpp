@@ -203,12 +203,17 @@ void Scheduler::endIfStopped() const {
 }
 
 void Scheduler::blockUntil(const std::function<bool()>& done, int64_t maxMs) {
+    // Nothing tells a waiting hook that the condition now holds (an utterance
+    // that has finished playing), so it is asked to wait a few ms at a time:
+    // a hook that waits all it is given (the headless run's signal wait) would
+    // otherwise hold a keyed utterance for its whole limit, minutes on the air.
+    constexpr int64_t kConditionPollMs = 5;
     const int64_t deadline = now() + maxMs;
     while (!done() && now() < deadline) {
         if (m_clock.isVirtual())
             m_clock.advanceTo(now() + 1);
         else if (m_blockHook)
-            m_blockHook(deadline - now());
+            m_blockHook(std::min(deadline - now(), kConditionPollMs));
         else
             std::this_thread::sleep_for(std::chrono::milliseconds(1));
         endIfStopped();

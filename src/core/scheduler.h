@@ -52,7 +52,8 @@ public:
     // while the block hook keeps the screen painting. When the program ends
     // during a real-time wait, the wait throws ProgramEnded.
     void block(int64_t durationMs);
-    // Blocks until `done` returns true or `maxMs` has passed.
+    // Blocks until `done` returns true or `maxMs` has passed; in real time
+    // `done` is asked again at least every 5 ms.
     void blockUntil(const std::function<bool()>& done, int64_t maxMs);
     // Real time only: called repeatedly during a block with the ms left; the GUI
     // uses it to paint without handling input. Without one, the thread sleeps.

@@ -220,5 +220,36 @@ TEST_F(SchedulerTest, BlockUntilStopsWhenTheConditionHolds) {
     EXPECT_EQ(scheduler.now() - start, 290);
 }
 
+// The real clock's blocks go through the block hook, which may wait all the
+// time it is given (the headless run waits for signals that long): a wait for
+// a condition gives it a few ms at a time, so an utterance that has ended is
+// seen at once instead of at the end of its limit.
+TEST(SchedulerRealTime, AWaitForAConditionAsksTheBlockHookToWaitOnlyAFewMsAtATime) {
+    struct HandClock final : Clock {
+        int64_t monotonicMs() const override { return now; }
+        LocalDateTime localTimeAt(int64_t ms) const override { return LocalDateTime::fromNaiveMs(ms); }
+        bool isVirtual() const override { return false; }
+        void advanceTo(int64_t ms) override { now = ms; }
+        int64_t now = 1000;
+    } clock;
+    Scheduler scheduler(clock);
+    std::vector<int64_t> asked;
+    scheduler.setBlockHook([&](int64_t msLeft) {
+        asked.push_back(msLeft);
+        clock.now += msLeft;  // waits all it is given, as a signal wait does
+    });
+    scheduler.blockUntil([&] { return clock.now >= 1040; }, 180000);
+    EXPECT_GE(clock.now, 1040);
+    EXPECT_LE(clock.now, 1045) << "the utterance's end was seen within one step";
+    ASSERT_FALSE(asked.empty());
+    EXPECT_LE(*std::max_element(asked.begin(), asked.end()), 5);
+
+    asked.clear();
+    const int64_t start = clock.now;
+    scheduler.blockUntil([] { return false; }, 12);
+    EXPECT_EQ(clock.now - start, 12) << "a condition that never holds still ends at the limit";
+    EXPECT_EQ(asked, (std::vector<int64_t>{5, 5, 2}));
+}
+
 }  // namespace
 }  // namespace mv
