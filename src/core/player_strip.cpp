@@ -254,7 +254,14 @@ void PlayerStrip::stop() {
 
 void PlayerStrip::seek(double seconds) {
     if (!m_graph) return;
-    logMedia("seek");
+    // The rewind that follows every run of a freshly loaded file leaves it
+    // where it stands; like a host command repeating a line's state, such a
+    // seek is written only when every call is (--log-queries). An idle day's
+    // talking clock makes over a thousand of them.
+    double position = -1;
+    ignoreErrors([&] { position = m_graph->position(); });
+    constexpr double kSameSpot = 0.0005;  // half a millisecond
+    if (std::abs(position - seconds) >= kSameSpot || m_window.program().log().recordsQueries()) logMedia("seek");
     ignoreErrors([&] { m_graph->setPosition(seconds); });
     wakeDisplay();
 }
