@@ -48,6 +48,9 @@ Suite::Suite(const SuiteOptions& options) {
         link = m_automation.get();
     }
     m_settings = std::make_unique<SettingsStore>(options.settingsDir, systemProfiles());
+    // The program's mains build the suite once they hold the folder's lock,
+    // so no other copy can be half way through a save here.
+    m_settings->sweepFolderLeftovers();
     m_scripted = std::make_unique<ScriptedDialogs>(m_log);
     m_dialogs = std::make_unique<DialogsProxy>(*m_scripted);
     m_loggingShell = std::make_unique<LoggingShell>(m_log);

@@ -230,6 +230,18 @@ std::filesystem::path SettingsStore::pathOf(std::string_view fileName) const {
     return m_folder / std::filesystem::path(std::string(fileName)).filename();
 }
 
+void SettingsStore::sweepFolderLeftovers() const {
+#ifndef _WIN32
+    std::error_code ec;
+    for (fs::directory_iterator it(m_folder, ec), end; !ec && it != end; it.increment(ec)) {
+        const std::string name = it->path().filename().string();
+        const std::string_view suffix = ".ini.tmp";
+        if (name.size() > suffix.size() && name.compare(name.size() - suffix.size(), suffix.size(), suffix) == 0)
+            sweepLeftovers(it->path().parent_path() / name.substr(0, name.size() - 4));
+    }
+#endif
+}
+
 void SettingsStore::sweepLeftovers(const std::filesystem::path& target) const {
 #ifdef _WIN32
     (void)target;

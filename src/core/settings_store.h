@@ -109,6 +109,11 @@ public:
     // How many files were replaced so far.
     uint64_t commitCount() const { return m_commits; }
 
+    // Removes every temporary file ("<name>.ini.tmp") a crash during a save
+    // left in the settings folder. A running copy calls it once it holds the
+    // folder's lock, so the files of windows it never opens are cleared too.
+    void sweepFolderLeftovers() const;
+
 private:
     // Removes the temporary file a crash during an earlier save left beside
     // `target`; once per file and program run.

@@ -184,6 +184,20 @@ TEST_F(SettingsStoreTest, ATemporaryFileLeftByACrashIsRemovedAtTheNextStart) {
     EXPECT_EQ(namesIn(folder()), std::vector<std::string>{"a.ini"});
 }
 
+TEST_F(SettingsStoreTest, AFolderSweepClearsEveryLeftoverSaveAndNothingElse) {
+    fs::create_directories(folder());
+    spit(folder() / "a.ini", "[SETTINGS]\r\nK=complete\r\n");
+    spit(folder() / "a.ini.tmp", "[SETTINGS]\r\nK=half wri");
+    spit(folder() / "never-loaded.ini.tmp", "[SETTINGS]\r\nK=half");
+    spit(folder() / "notes.tmp", "the operator's own");
+    spit(folder() / ".ini.tmp", "no settings file has an empty name");
+    fs::create_directory(folder() / "dir.ini.tmp");
+    SettingsStore restarted(folder());
+    restarted.sweepFolderLeftovers();
+    EXPECT_EQ(namesIn(folder()), (std::vector<std::string>{".ini.tmp", "a.ini", "dir.ini.tmp", "notes.tmp"}));
+    EXPECT_EQ(restarted.load("a.ini").value("K", ""), "complete");
+}
+
 TEST_F(SettingsStoreTest, OnlyTheBareNameCountsSoEveryModuleSharesOneFolder) {
     ASSERT_TRUE(save("../elsewhere/x.ini", {{"K", "v"}}).written);
     EXPECT_TRUE(fs::exists(folder() / "x.ini"));
